@@ -1,0 +1,59 @@
+// Test controls of the host: make chosen host calls fail on purpose, so that the add-on's failure
+// paths run against the real host library. Host-side only: tests and achost include this, the add-on
+// never does. Faults are process-wide; every fault fires once and is then forgotten.
+#pragma once
+
+#include "GSRoot.hpp"
+
+namespace achost {
+
+// Memory handles ------------------------------------------------------------------------------------
+
+// The `nth` BMAllocateHandle call from now fails (1 = the next one); 0 cancels.
+GS_HOST_EXPORT void FailAllocation(int nth);
+// The `nth` BMReallocHandle call from now fails (1 = the next one); 0 cancels.
+GS_HOST_EXPORT void FailReallocation(int nth);
+// With `on`, every reallocation of an unlocked block moves it to a fresh address, so that a pointer
+// kept across a reallocation points to released memory. Off by default (blocks move only when the
+// allocator needs to).
+GS_HOST_EXPORT void MoveBlocksOnEveryReallocation(bool on);
+// Number of handles allocated and not yet released.
+GS_HOST_EXPORT long LiveHandleCount();
+// Number of BM calls made with a handle that is not alive (released twice, never allocated).
+GS_HOST_EXPORT long HandleMisuseCount();
+
+// Files and folders --------------------------------------------------------------------------------
+
+// The IO calls a fault can target.
+enum class FileOperation {
+    FileStatus,        // IO::File construction (its GetStatus reports the code)
+    FileOpen,          // IO::File::Open
+    FileRead,          // IO::File::ReadBin
+    FileWrite,         // IO::File::WriteBin
+    FileSeek,          // IO::File::Seek
+    FileGetDataLength, // IO::File::GetDataLength
+    FileClose,         // IO::File::Close
+    FolderStatus,      // IO::Folder construction (its GetStatus reports the code)
+    FolderEnumerate,   // IO::Folder::Enumerate
+    FolderGetType,     // IO::Folder::GetType
+    FolderDelete,      // IO::Folder::Delete
+    FolderCreateFile,  // IO::Folder::CreateFile
+    LocationToPath,    // IO::Location::ToPath and ToUTF8POSIXPath
+};
+
+// The `nth` call of `operation` from now (1 = the next one) fails with `code` and does nothing else.
+GS_HOST_EXPORT void FailFileOperation(FileOperation operation, GSErrCode code, int nth = 1);
+
+// Forgets every pending fault and restores the default block movement.
+GS_HOST_EXPORT void ClearFaults();
+
+// Clears every fault when the scope ends, so a failing test cannot leak faults into the next one.
+class ScopedFaults {
+public:
+    ScopedFaults() { ClearFaults(); }
+    ~ScopedFaults() { ClearFaults(); }
+    ScopedFaults(const ScopedFaults&) = delete;
+    ScopedFaults& operator=(const ScopedFaults&) = delete;
+};
+
+} // namespace achost
