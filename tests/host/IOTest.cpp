@@ -1,0 +1,293 @@
+// The host's file system over real files: locations, folders, files, special locations, faults.
+#include "FileSystem.hpp"
+#include "TempFolder.hpp"
+#include "achost/Faults.hpp"
+#include "achost/SharedFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using xn_test::TempFolder;
+
+std::string PathText(const IO::Location& location) {
+    IO::Path path;
+    return location.ToUTF8POSIXPath(&path) == NoError ? path.ToCStr() : "<error>";
+}
+
+std::string NameText(const IO::Name& name) {
+    return name.ToString().ToUTF8();
+}
+
+class IOTest : public xn_test::TempFolderTest {
+protected:
+    achost::ScopedFaults faults;
+    IO::Location At(const std::string& relative) const { return IO::Location(temp.PathOf(relative).c_str()); }
+};
+
+TEST(IOLocation, LastNameOperations) {
+    struct Case {
+        const char* path;
+        const char* lastName; // null: ResolveError
+        const char* afterDelete;
+        const char* afterSetToX;
+    };
+    const Case cases[] = {
+        {"/a/b/c", "c", "/a/b", "/a/b/x"}, {"/a/b/", "b", "/a", "/a/x"}, {"/a", "a", "/", "/x"},
+        {"c", "c", "<error>", "x"},        {"/", nullptr, "/", "/"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        IO::Location location(c.path);
+        IO::Name name;
+        EXPECT_EQ(location.GetLastLocalName(&name),
+                  c.lastName ? NoError : GSErrCode(IO::Location::ResolveError));
+        EXPECT_EQ(NameText(name), c.lastName ? c.lastName : "");
+        IO::Location deleted = location;
+        deleted.DeleteLastLocalName();
+        EXPECT_EQ(PathText(deleted), c.afterDelete);
+        IO::Location renamed = location;
+        renamed.SetLastLocalName(IO::Name("x"));
+        EXPECT_EQ(PathText(renamed), c.afterSetToX);
+    }
+    EXPECT_EQ(PathText(IO::Location(IO::Location("/a/"), IO::Name("b.txt"))), "/a/b.txt");
+    GS::UniString text;
+    EXPECT_EQ(IO::Location().ToPath(&text), GSErrCode(IO::Location::ResolveError));
+}
+
+TEST(IOName, BaseAndExtension) {
+    const std::vector<std::vector<const char*>> cases = {{"a.txt", "a", "txt"},
+                                                         {"a.b.TXT", "a.b", "TXT"},
+                                                         {"readme", "readme", ""},
+                                                         {".profile", ".profile", ""},
+                                                         {"a.", "a", ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c[0]);
+        IO::Name name(c[0]);
+        EXPECT_EQ(name.GetBase().ToUTF8(), c[1]);
+        EXPECT_EQ(name.GetExtension().ToUTF8(), c[2]);
+    }
+}
+
+bool Collect(const IO::Folder&, const IO::Name& name, bool isFolder, void* entries) {
+    static_cast<std::vector<std::string>*>(entries)->push_back(NameText(name) + (isFolder ? "/" : ""));
+    return NameText(name) != "stop";
+}
+
+TEST_F(IOTest, EnumerationIsSortedAndFiltered) {
+    for (const char* name : {"b.txt", "A.txt", "c", "stop", "z"})
+        TempFolder::Write(temp.PathOf(name), "");
+    fs::create_directory(temp.PathOf("d.dir"));
+    fs::create_symlink(temp.PathOf("d.dir"), temp.PathOf("link"));
+    IO::Folder folder(At(""));
+    ASSERT_EQ(folder.GetStatus(), NoError);
+
+    struct Case {
+        UInt32 filter;
+        std::vector<std::string> expected;
+    };
+    const Case cases[] = {
+        {IO::Folder::FilterFiles | IO::Folder::FilterFolders,
+         {"A.txt", "b.txt", "c", "d.dir/", "link/", "stop"}},
+        {IO::Folder::FilterFolders, {"d.dir/", "link/"}},
+        {IO::Folder::FilterFiles, {"A.txt", "b.txt", "c", "stop"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.filter);
+        std::vector<std::string> entries;
+        EXPECT_EQ(folder.Enumerate(Collect, IO::Folder::ResolveLinks, c.filter, &entries), NoError);
+        EXPECT_EQ(entries, c.expected);
+    }
+}
+
+TEST_F(IOTest, FolderStatusAndEntryTypes) {
+    TempFolder::Write(temp.PathOf("file"), "x");
+    EXPECT_EQ(IO::Folder(At("missing")).GetStatus(), GSErrCode(IO::Folder::FolderNotFound));
+    EXPECT_EQ(IO::Folder(At("file")).GetStatus(), GSErrCode(IO::Folder::NotAFolder));
+    EXPECT_EQ(IO::Folder(At("new/deep"), IO::Folder::Create).GetStatus(), NoError);
+    EXPECT_TRUE(fs::is_directory(temp.PathOf("new/deep")));
+
+    IO::Folder folder(At(""));
+    IO::Folder::EntryType type = IO::Folder::LinkEntry;
+    EXPECT_EQ(folder.GetType(IO::Name("file"), &type), NoError);
+    EXPECT_EQ(type, IO::Folder::FileEntry);
+    EXPECT_EQ(folder.GetType(IO::Name("new"), &type), NoError);
+    EXPECT_EQ(type, IO::Folder::FolderEntry);
+    EXPECT_EQ(folder.GetType(IO::Name("none"), &type), GSErrCode(IO::Folder::TargetNotFound));
+
+    EXPECT_EQ(folder.CreateFile(IO::Name("made")), NoError);
+    EXPECT_EQ(folder.CreateFile(IO::Name("made")), GSErrCode(IO::Folder::TargetExists));
+    EXPECT_EQ(folder.Delete(IO::Name("made")), NoError);
+    EXPECT_EQ(folder.Delete(IO::Name("made")), GSErrCode(IO::Folder::TargetNotFound));
+    EXPECT_FALSE(fs::exists(temp.PathOf("made")));
+}
+
+TEST_F(IOTest, FileConstructionChecksOrCreates) {
+    fs::create_directory(temp.PathOf("dir"));
+    struct Case {
+        const char* name;
+        IO::File::OnNotFound onNotFound;
+        GSErrCode status;
+        bool existsAfter;
+    };
+    const Case cases[] = {
+        {"missing", IO::File::Fail, IO::File::FileNotFound, false},
+        {"created", IO::File::Create, NoError, true},
+        {"dir", IO::File::Create, IO::File::NotAFile, true},
+        {"nofolder/f", IO::File::Create, IO::File::CreationError, false},
+        {"nofolder/f", IO::File::Fail, IO::File::FileNotFound, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(IO::File(At(c.name), c.onNotFound).GetStatus(), c.status);
+        EXPECT_EQ(fs::exists(temp.PathOf(c.name)), c.existsAfter);
+    }
+}
+
+TEST_F(IOTest, OpenModesDecideWhereBytesGo) {
+    struct Case {
+        IO::File::OpenMode mode;
+        GSErrCode writeResult;
+        std::string content;
+    };
+    const Case cases[] = {
+        {IO::File::ReadMode, IO::File::AccessDenied, "hello"},
+        {IO::File::WriteMode, NoError, "XYllo"},
+        {IO::File::WriteEmptyMode, NoError, "XY"},
+        {IO::File::ReadWriteMode, NoError, "XYllo"},
+        {IO::File::AppendMode, NoError, "helloXY"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.mode);
+        TempFolder::Write(temp.PathOf("f"), "hello");
+        IO::File file(At("f"));
+        ASSERT_EQ(file.Open(c.mode), NoError);
+        EXPECT_EQ(file.WriteBin("XY", 2), c.writeResult);
+        EXPECT_EQ(file.Close(), NoError);
+        EXPECT_EQ(TempFolder::Read(temp.PathOf("f")), c.content);
+    }
+    IO::File file(At("f"));
+    EXPECT_EQ(file.Open(static_cast<IO::File::OpenMode>(9)), ErrParam);
+}
+
+TEST_F(IOTest, ReadsStopAtTheEndWithEndOfInput) {
+    TempFolder::Write(temp.PathOf("f"), "0123456789");
+    IO::File file(At("f"));
+    ASSERT_EQ(file.Open(IO::File::ReadMode), NoError);
+    UInt64 length = 0;
+    EXPECT_EQ(file.GetDataLength(&length), NoError);
+    EXPECT_EQ(length, 10u);
+
+    char buffer[8] = {};
+    USize read = 0;
+    EXPECT_EQ(file.Seek(IO::File::Start, 6), NoError);
+    EXPECT_EQ(file.ReadBin(buffer, 8, &read), GSErrCode(GS::IChannel::EndOfInput));
+    EXPECT_EQ(read, 4u);
+    EXPECT_EQ(std::string(buffer, read), "6789");
+    EXPECT_EQ(file.Seek(IO::File::Current, -20), GSErrCode(IO::File::IllegalPosition));
+    EXPECT_EQ(file.Seek(IO::File::End, -3), NoError);
+    EXPECT_EQ(file.ReadBin(buffer, 3, &read), NoError);
+    EXPECT_EQ(std::string(buffer, read), "789");
+}
+
+TEST_F(IOTest, AFileThatVanishesFailsToOpen) {
+    TempFolder::Write(temp.PathOf("f"), "x");
+    IO::File file(At("f"));
+    ASSERT_EQ(file.GetStatus(), NoError);
+    fs::remove(temp.PathOf("f"));
+    EXPECT_EQ(file.Open(IO::File::ReadMode), GSErrCode(IO::File::FileNotFound));
+}
+
+TEST_F(IOTest, AReadOnlyFolderRefusesNewFiles) {
+    if (!TempFolder::PermissionsAreEnforced())
+        GTEST_SKIP() << "file permissions are not enforced for this user";
+    fs::create_directory(temp.PathOf("ro"));
+    fs::permissions(temp.PathOf("ro"), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(IO::File(At("ro/f"), IO::File::Create).GetStatus(), GSErrCode(IO::File::CreationError));
+    EXPECT_EQ(IO::Folder(At("ro")).CreateFile(IO::Name("f")), GSErrCode(IO::Folder::AccessDenied));
+}
+
+GSErrCode ReadOneByte(const IO::Location& location) {
+    IO::File file(location);
+    char c;
+    const GSErrCode error = file.Open(IO::File::ReadMode);
+    return error != NoError ? error : file.ReadBin(&c, 1);
+}
+
+GSErrCode AppendOneByte(const IO::Location& location) {
+    IO::File file(location);
+    const GSErrCode error = file.Open(IO::File::AppendMode);
+    return error != NoError ? error : file.WriteBin("d", 1);
+}
+
+TEST_F(IOTest, InjectedFaultsFailOneCallWithTheirCode) {
+    TempFolder::Write(temp.PathOf("f"), "abc");
+    const GSErrCode code = 0x12345;
+    using Op = achost::FileOperation;
+    struct Case {
+        const char* name;
+        Op operation;
+        GSErrCode (*call)(const IO::Location&);
+    };
+    const Case cases[] = {
+        {"status", Op::FileStatus, [](const IO::Location& l) { return IO::File(l).GetStatus(); }},
+        {"open", Op::FileOpen, [](const IO::Location& l) { return IO::File(l).Open(IO::File::ReadMode); }},
+        {"read", Op::FileRead, ReadOneByte},
+        {"write", Op::FileWrite, AppendOneByte},
+        {"length", Op::FileGetDataLength,
+         [](const IO::Location& l) {
+             UInt64 n;
+             return IO::File(l).GetDataLength(&n);
+         }},
+        {"folder status", Op::FolderStatus, [](const IO::Location& l) { return IO::Folder(l).GetStatus(); }},
+        {"location", Op::LocationToPath,
+         [](const IO::Location& l) {
+             GS::UniString s;
+             return l.ToPath(&s);
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        achost::FailFileOperation(c.operation, code);
+        EXPECT_EQ(c.call(At(c.operation == Op::FolderStatus ? "" : "f")), code);
+        EXPECT_EQ(c.call(At(c.operation == Op::FolderStatus ? "" : "f")), NoError) << "a fault fires once";
+    }
+    achost::FailFileOperation(Op::FileRead, code, 2);
+    EXPECT_EQ(ReadOneByte(At("f")), NoError);
+    EXPECT_EQ(ReadOneByte(At("f")), code) << "the second call fails";
+    EXPECT_EQ(TempFolder::Read(temp.PathOf("f")), "abcd");
+}
+
+TEST_F(IOTest, SharedFolderIsCreatedOnDemand) {
+    struct Restore {
+        ~Restore() { achost::SetSharedFolder(""); }
+    } restore;
+    achost::SetSharedFolder(temp.PathOf("set/Shared"));
+    EXPECT_FALSE(fs::exists(temp.PathOf("set")));
+    IO::Location location;
+    ASSERT_EQ(IO::fileSystem.GetSpecialLocation(IO::FileSystem::CommonDocuments, &location), NoError);
+    EXPECT_EQ(PathText(location), temp.PathOf("set/Shared"));
+    EXPECT_TRUE(fs::is_directory(temp.PathOf("set/Shared")));
+
+    achost::SetSharedFolder("");
+    const char* saved = std::getenv("XDG_DATA_HOME");
+    const std::string previous = saved != nullptr ? saved : "";
+    setenv("XDG_DATA_HOME", temp.PathOf("xdg").c_str(), 1);
+    const GSErrCode result = IO::fileSystem.GetSpecialLocation(IO::FileSystem::CommonDocuments, &location);
+    saved != nullptr ? setenv("XDG_DATA_HOME", previous.c_str(), 1) : unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(result, NoError);
+    EXPECT_EQ(PathText(location), temp.PathOf("xdg/achost/Shared"));
+    EXPECT_TRUE(fs::is_directory(temp.PathOf("xdg/achost/Shared")));
+
+    TempFolder::Write(temp.PathOf("blocker"), "");
+    achost::SetSharedFolder(temp.PathOf("blocker/Shared"));
+    EXPECT_EQ(IO::fileSystem.GetSpecialLocation(IO::FileSystem::CommonDocuments, &location),
+              GSErrCode(IO::Folder::CreationError));
+}
+
+} // namespace
