@@ -1,0 +1,80 @@
+// The add-on interface: the four entry points an add-on exports and the host functions it calls.
+//
+// Every host function is called on the host's user-interface thread, from inside an entry point
+// or a callback of the add-on; the host checks the state each call is allowed in and reports a call
+// made in the wrong state by its name. Pointers passed in are borrowed for the call only.
+#pragma once
+
+#include "APIdefs.h"
+#include "UniString.hpp"
+
+namespace IO {
+class Location;
+}
+
+extern "C" {
+
+// Entry points, exported by the add-on and called by the host in this order ----------------------
+
+// Called first, once per host run. The add-on reads envirParams->serverInfo, writes its name and
+// description into envirParams->addOnInfo and answers how it wants to be registered
+// (APIAddon_DontRegister keeps it out of the host; nothing else is called then).
+API_AddonType __ACDLL_CALL CheckEnvironment(API_EnvirParams* envirParams);
+// Called once per host run after CheckEnvironment: the only place to register menus and the
+// built-in library. A non-zero result stops the add-on's start.
+GSErrCode __ACDLL_CALL RegisterInterface(void);
+// Called each time the add-on is loaded into memory, before any command: installs the handlers.
+GSErrCode __ACDLL_CALL Initialize(void);
+// Called before each unload; the add-on releases what it allocated.
+GSErrCode __ACDLL_CALL FreeData(void);
+
+// Registration (RegisterInterface only) ---------------------------------------------------------
+
+// Places the menu of 'STR#' menuStrResID at menuPosCode. promptStrResID is a parallel 'STR#' of
+// status-bar prompts, 0 for none. Returns APIERR_BADID when the add-on has no such 'STR#' and
+// APIERR_BADPARS for an unknown position code.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Register_Menu(short menuStrResID, short promptStrResID,
+                                                          APIMenuCodeID menuPosCode, GSFlags menuFlags);
+// Declares that the add-on carries its own object library; the host adds it read-only to the active
+// libraries. Returns NoError.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Register_BuiltInLibrary(void);
+
+// Handlers and lifetime (Initialize and later) --------------------------------------------------
+
+// Installs the handler called when an item of menu menuStrResID is chosen; replaces an earlier one.
+// Returns APIERR_BADPARS for a null handler. Valid until the add-on is unloaded.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Install_MenuHandler(short menuStrResID,
+                                                                APIMenuCommandProc* handlerProc);
+// With true, the add-on stays loaded between commands until the host quits (or false is passed);
+// otherwise the host may unload it after each command and load it again, with Initialize, before
+// the next.
+GS_HOST_EXPORT void __ACENV_CALL ACAPI_KeepInMemory(bool keepIn);
+
+// Menu items: 'GMIF', 'SMIF', 'GMIT', 'SMIT' (see API_InterfaceID for the parameters). Allowed from
+// Initialize on. Returns APIERR_BADID for a menu the add-on does not have, APIERR_BADINDEX for an
+// item past its end, APIERR_BADPARS for missing parameters or an unknown code.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Interface(API_InterfaceID code, void* par1 = nullptr,
+                                                      void* par2 = nullptr, void* par3 = nullptr,
+                                                      void* par4 = nullptr);
+
+// Resources and environment (any entry point) ---------------------------------------------------
+
+// The add-on's own resource module; valid while the add-on is registered.
+GS_HOST_EXPORT GSResModule __ACENV_CALL ACAPI_GetOwnResModule(void);
+// The add-on's own file. Returns APIERR_BADPARS for null, APIERR_NOTINIT when not known.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_GetOwnLocation(IO::Location* ownFileLoc);
+// Fills the host's kind, version, build number and language.
+GS_HOST_EXPORT void __ACENV_CALL ACAPI_GetReleaseNumber(API_ServerApplicationInfo* serverApplicationInfo);
+
+// Copies string `index` (1-based) of 'STR#' resID of resModule into str as NUL-terminated UTF-16;
+// str must hold the string and its terminator. False, and str untouched, when the list or the
+// string does not exist.
+GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index,
+                                                           GSResModule resModule = ACAPI_GetOwnResModule());
+// The same as 8-bit UTF-8 text.
+GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocStr(char* str, short resID, short index,
+                                                          GSResModule resModule = ACAPI_GetOwnResModule());
+// The fixed (not localised) form; this host keeps one resource file, so it reads the same list.
+GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetFixStr(char* str, short resID, short index,
+                                                          GSResModule resModule = ACAPI_GetOwnResModule());
+}

@@ -1,0 +1,97 @@
+// The host: loads one add-on, follows the entry-point protocol, keeps the add-on's menus and serves
+// the add-on's calls. This class is also the C++ driver of tests: load an add-on, choose items,
+// read menus. One Host per process at a time; the add-on's calls reach the one that exists.
+// Host-side only: tests and achost include this, the add-on never does.
+#pragma once
+
+#include "APIdefs.h"
+#include "achost/Resources.hpp"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace achost {
+
+struct HostOptions {
+    // The kind of host application the add-on is told about (0 = the CAD application).
+    API_ApplicationTypeID hostKind = APIAppl_ArchiCADID;
+    // Called with "<call>: <what went wrong>" whenever the add-on calls the host in a state where the
+    // call is not allowed. The default prints to stderr. Tests make it fail the test.
+    std::function<void(const std::string&)> onViolation;
+};
+
+struct MenuItem {
+    std::string text;  // UTF-8, control suffixes (^G, ^M, ...) removed
+    GSFlags flags = 0; // API_MenuItemDisabled, API_MenuItemChecked
+};
+
+// One of the add-on's menus as the host shows it: its 'STR#' with the title string(s) taken off.
+struct Menu {
+    short resID = 0;
+    std::string title; // empty for a one-item menu
+    std::vector<MenuItem> items;
+    bool registered = false; // placed in the host's menu tree by ACAPI_Register_Menu
+    APIMenuCodeID position = MenuCode_UserDef;
+    GSFlags menuFlags = 0;
+};
+
+class GS_HOST_EXPORT Host {
+public:
+    explicit Host(HostOptions options = {});
+    ~Host(); // ends the run (Quit)
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    // The host whose add-on is being served, or null.
+    static Host* Current();
+
+    // Starts a host run with the add-on file at `path`: reads its resources, loads it, checks that it
+    // exports the four entry points (nothing is called when one is missing), then CheckEnvironment,
+    // RegisterInterface and Initialize. False with one clear message when the add-on cannot run;
+    // the host is then stopped again.
+    bool Start(const std::string& path, std::string* error);
+    // Ends the run: FreeData when the add-on is loaded, then unloads it; menus and registrations go.
+    void Quit();
+    // Quit, then Start again with the same add-on file.
+    bool Reload(std::string* error);
+
+    // Chooses an item as a person would: loads the add-on first (with Initialize) when it was
+    // unloaded, calls the handler installed for the menu (nothing when none is), then unloads the
+    // add-on unless it asked to be kept in memory. False with a message for an item that does not
+    // exist or is disabled.
+    bool ChooseMenuItem(short menuResID, Int32 itemIndex, std::string* error);
+    // The same for an item of the registered menu.
+    bool ChooseMenuItem(Int32 itemIndex, std::string* error);
+
+    bool IsStarted() const;
+    bool IsLoaded() const;
+    // How many times the add-on was loaded in this Host's life (each load runs Initialize).
+    int LoadCount() const;
+    const std::string& AddonPath() const;
+    const std::string& AddonName() const;        // written by CheckEnvironment
+    const std::string& AddonDescription() const; // written by CheckEnvironment
+    bool BuiltInLibraryRegistered() const;
+    const ResourceSet& Resources() const;
+
+    // The add-on's menus the host knows (registered, with a handler, or addressed by the add-on),
+    // by resource ID.
+    std::vector<const Menu*> Menus() const;
+    const Menu* FindMenu(short menuResID) const;
+    // The first registered menu, or null.
+    const Menu* RegisteredMenu() const;
+    // "Design > Design Extras" for MenuCode_Extras, and so on.
+    static std::string PositionName(APIMenuCodeID position);
+
+    // Every call made in a wrong state since Start, as reported to onViolation.
+    const std::vector<std::string>& Violations() const;
+
+    struct Impl; // the state the add-on's calls reach (host/src)
+
+private:
+    friend struct HostAccess;
+    std::unique_ptr<Impl> impl;
+};
+
+} // namespace achost

@@ -1,0 +1,211 @@
+// The add-on interface functions: each finds the running host, checks that the call is allowed in
+// the add-on's current state, and serves it from the host's state.
+#include "HostImpl.hpp"
+
+#include <cstring>
+#include <iostream>
+
+using achost::Host;
+using achost::Menu;
+using achost::Phase;
+
+namespace {
+
+// The state of the running host, or null (reported) when the add-on calls with no host running.
+Host::Impl* Running(const char* call) {
+    Host* host = Host::Current();
+    if (host == nullptr) {
+        std::cerr << "achost: add-on error: " << call << ": called with no host running\n";
+        return nullptr;
+    }
+    return achost::HostAccess::Of(*host);
+}
+
+Host::Impl* Allowed(const char* call, std::initializer_list<Phase> phases) {
+    Host::Impl* s = Running(call);
+    return s != nullptr && s->Allow(call, phases) ? s : nullptr;
+}
+
+// Resource calls are allowed whenever the add-on runs any of its code.
+Host::Impl* ForResources(const char* call) {
+    return Allowed(call, {Phase::CheckEnvironment, Phase::RegisterInterface, Phase::Initialize,
+                          Phase::Command, Phase::FreeData});
+}
+
+// The host's copy of the item `ref` names; null with the error code when there is none.
+achost::MenuItem* FindItem(Host::Impl& s, const API_MenuItemRef* ref, GSErrCode* error) {
+    Menu* menu = ref != nullptr ? s.MenuFor(ref->menuResID) : nullptr;
+    if (ref == nullptr || menu == nullptr) {
+        *error = ref == nullptr ? APIERR_BADPARS : APIERR_BADID;
+        return nullptr;
+    }
+    if (ref->itemIndex < 1 || static_cast<size_t>(ref->itemIndex) > menu->items.size()) {
+        *error = APIERR_BADINDEX;
+        return nullptr;
+    }
+    return &menu->items[static_cast<size_t>(ref->itemIndex) - 1];
+}
+
+std::string TextArgument(void* par2, void* par3) {
+    if (par2 != nullptr)
+        return static_cast<const char*>(par2);
+    return static_cast<const GS::UniString*>(par3)->ToUTF8();
+}
+
+GSErrCode MenuItemCall(Host::Impl& s, API_InterfaceID code, const API_MenuItemRef* ref, void* par2,
+                       void* par3) {
+    GSErrCode error = NoError;
+    achost::MenuItem* item = FindItem(s, ref, &error);
+    if (item == nullptr)
+        return error;
+    const bool needsText =
+        code == APIIo_SetMenuItemTextID || code == APIIo_AddMenuItemTextID || code == APIIo_GetMenuItemTextID;
+    if (needsText ? par2 == nullptr && par3 == nullptr : par2 == nullptr)
+        return APIERR_BADPARS;
+    switch (code) {
+    case APIIo_GetMenuItemFlagsID:
+        *static_cast<GSFlags*>(par2) = item->flags;
+        break;
+    case APIIo_SetMenuItemFlagsID:
+        item->flags = *static_cast<GSFlags*>(par2);
+        break;
+    case APIIo_SetMenuItemTextID:
+        item->text = TextArgument(par2, par3);
+        break;
+    case APIIo_AddMenuItemTextID:
+        item->text += TextArgument(par2, par3);
+        break;
+    default: // APIIo_GetMenuItemTextID
+        if (par2 != nullptr)
+            std::snprintf(static_cast<char*>(par2), 256, "%s", item->text.c_str());
+        else
+            *static_cast<GS::UniString*>(par3) = GS::UniString(item->text.c_str(), CC_UTF8);
+    }
+    return NoError;
+}
+
+bool CopyString(const char* call, short resID, short index, GSResModule module, std::string* text) {
+    Host::Impl* s = ForResources(call);
+    if (s == nullptr || module != achost::kOwnResModule)
+        return false;
+    const auto found = s->resources.String(resID, index);
+    if (found)
+        *text = *found;
+    return found.has_value();
+}
+
+} // namespace
+
+namespace achost {
+Host::Impl* HostAccess::Of(Host& host) {
+    return host.impl.get();
+}
+} // namespace achost
+
+GSErrCode ACAPI_Register_Menu(short menuStrResID, short promptStrResID, APIMenuCodeID menuPosCode,
+                              GSFlags menuFlags) {
+    Host::Impl* s = Allowed("ACAPI_Register_Menu", {Phase::RegisterInterface});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    if (menuPosCode < MenuCode_UserDef || menuPosCode > MenuCode_Interoperability)
+        return APIERR_BADPARS;
+    if (promptStrResID != 0 && !s->resources.Strings(promptStrResID))
+        return APIERR_BADID;
+    Menu* menu = s->MenuFor(menuStrResID);
+    if (menu == nullptr)
+        return APIERR_BADID;
+    menu->registered = true;
+    menu->position = menuPosCode;
+    menu->menuFlags = menuFlags;
+    return NoError;
+}
+
+GSErrCode ACAPI_Register_BuiltInLibrary() {
+    Host::Impl* s = Allowed("ACAPI_Register_BuiltInLibrary", {Phase::RegisterInterface});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    s->builtInLibrary = true;
+    return NoError;
+}
+
+GSErrCode ACAPI_Install_MenuHandler(short menuStrResID, APIMenuCommandProc* handlerProc) {
+    Host::Impl* s = Allowed("ACAPI_Install_MenuHandler", {Phase::Initialize});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    if (handlerProc == nullptr)
+        return APIERR_BADPARS;
+    if (s->MenuFor(menuStrResID) == nullptr)
+        return APIERR_BADID;
+    s->handlers[menuStrResID] = handlerProc;
+    return NoError;
+}
+
+void ACAPI_KeepInMemory(bool keepIn) {
+    Host::Impl* s = Allowed("ACAPI_KeepInMemory", {Phase::Initialize, Phase::Command});
+    if (s != nullptr)
+        s->keepInMemory = keepIn;
+}
+
+GSErrCode ACAPI_Interface(API_InterfaceID code, void* par1, void* par2, void* par3, void* /*par4*/) {
+    Host::Impl* s = Allowed("ACAPI_Interface", {Phase::Initialize, Phase::Command});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    switch (code) {
+    case APIIo_GetMenuItemFlagsID:
+    case APIIo_SetMenuItemFlagsID:
+    case APIIo_GetMenuItemTextID:
+    case APIIo_SetMenuItemTextID:
+    case APIIo_AddMenuItemTextID:
+        return MenuItemCall(*s, code, static_cast<const API_MenuItemRef*>(par1), par2, par3);
+    }
+    return APIERR_NOTSUPPORTED;
+}
+
+GSResModule ACAPI_GetOwnResModule() {
+    return ForResources("ACAPI_GetOwnResModule") != nullptr ? achost::kOwnResModule : 0;
+}
+
+GSErrCode ACAPI_GetOwnLocation(IO::Location* ownFileLoc) {
+    Host::Impl* s = ForResources("ACAPI_GetOwnLocation");
+    if (s == nullptr)
+        return APIERR_NOTINIT;
+    return ownFileLoc == nullptr ? APIERR_BADPARS : APIERR_NOTSUPPORTED;
+}
+
+void ACAPI_GetReleaseNumber(API_ServerApplicationInfo* serverApplicationInfo) {
+    if (serverApplicationInfo == nullptr)
+        return;
+    std::memset(serverApplicationInfo, 0, sizeof *serverApplicationInfo);
+    Host* host = Host::Current();
+    serverApplicationInfo->serverApplication =
+        host != nullptr ? achost::HostAccess::Of(*host)->options.hostKind : APIAppl_ArchiCADID;
+    serverApplicationInfo->mainVersion = ServerMainVers_1900;
+    serverApplicationInfo->releaseVersion = ServerReleaseVers_R1;
+    serverApplicationInfo->buildNum = 3003;
+    std::strcpy(serverApplicationInfo->language, "INT");
+}
+
+bool ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index, GSResModule resModule) {
+    std::string text;
+    if (str == nullptr || !CopyString("ACAPI_Resource_GetLocUStr", resID, index, resModule, &text))
+        return false;
+    const GS::UniString unicode(text.c_str(), CC_UTF8);
+    std::memcpy(str, unicode.ToUStr(), (unicode.GetLength() + 1) * sizeof(GS::uchar_t));
+    return true;
+}
+
+bool ACAPI_Resource_GetLocStr(char* str, short resID, short index, GSResModule resModule) {
+    std::string text;
+    if (str == nullptr || !CopyString("ACAPI_Resource_GetLocStr", resID, index, resModule, &text))
+        return false;
+    std::memcpy(str, text.c_str(), text.size() + 1);
+    return true;
+}
+
+bool ACAPI_Resource_GetFixStr(char* str, short resID, short index, GSResModule resModule) {
+    std::string text;
+    if (str == nullptr || !CopyString("ACAPI_Resource_GetFixStr", resID, index, resModule, &text))
+        return false;
+    std::memcpy(str, text.c_str(), text.size() + 1);
+    return true;
+}

@@ -1,0 +1,323 @@
+#include "HostImpl.hpp"
+
+#include "achost/ElfFile.hpp"
+
+#include <dlfcn.h>
+
+#include <cstring>
+#include <iostream>
+
+namespace achost {
+
+namespace {
+
+Host* sCurrent = nullptr;
+
+std::string Hex(GSErrCode code) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(code));
+    return text;
+}
+
+// Splits "Text^G^M^32601" into the text and the flags its control suffixes ask for.
+MenuItem ParseMenuItem(const std::string& source) {
+    MenuItem item;
+    const size_t caret = source.find('^');
+    item.text = source.substr(0, caret);
+    for (size_t at = caret; at != std::string::npos; at = source.find('^', at + 1)) {
+        const char code = at + 1 < source.size() ? source[at + 1] : '\0';
+        item.flags |= code == 'G' ? API_MenuItemDisabled : code == 'M' ? API_MenuItemChecked : 0;
+    }
+    return item;
+}
+
+template <typename T>
+bool Resolve(void* handle, const char* name, T* entry, std::string* missing) {
+    *entry = reinterpret_cast<T>(dlsym(handle, name));
+    if (*entry == nullptr)
+        *missing += std::string(missing->empty() ? "" : ", ") + name;
+    return *entry != nullptr;
+}
+
+} // namespace
+
+bool Host::Impl::Allow(const char* call, std::initializer_list<Phase> allowed) {
+    for (Phase p : allowed)
+        if (p == phase)
+            return true;
+    static const char* const kPhaseNames[] = {
+        "while the add-on is not loaded", "in CheckEnvironment", "in RegisterInterface", "in Initialize",
+        "outside any entry point",        "in a menu command",   "in FreeData"};
+    Violation(std::string(call) + ": not allowed " + kPhaseNames[static_cast<int>(phase)]);
+    return false;
+}
+
+void Host::Impl::Violation(const std::string& message) {
+    violations.push_back(message);
+    if (options.onViolation)
+        options.onViolation(message);
+    else
+        std::cerr << "achost: add-on error: " << message << "\n";
+}
+
+Menu* Host::Impl::MenuFor(short resID) {
+    const auto known = menus.find(resID);
+    if (known != menus.end())
+        return &known->second;
+    const auto strings = resources.Strings(resID);
+    if (!strings || strings->empty())
+        return nullptr;
+    Menu menu;
+    menu.resID = resID;
+    const bool hasTitle = strings->size() > 1;
+    menu.title = hasTitle ? ParseMenuItem(strings->front()).text : std::string();
+    for (size_t i = hasTitle ? 1 : 0; i < strings->size(); ++i)
+        menu.items.push_back(ParseMenuItem((*strings)[i]));
+    return &menus.emplace(resID, std::move(menu)).first->second;
+}
+
+bool Host::Impl::Open(std::string* error) {
+    handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        *error = "cannot load " + path + ": " + dlerror();
+        return false;
+    }
+    std::string missing;
+    const bool complete = Resolve(handle, "CheckEnvironment", &entries.checkEnvironment, &missing) &
+                          Resolve(handle, "RegisterInterface", &entries.registerInterface, &missing) &
+                          Resolve(handle, "Initialize", &entries.initialize, &missing) &
+                          Resolve(handle, "FreeData", &entries.freeData, &missing);
+    if (!complete) {
+        *error = path + " is not an add-on: it does not export " + missing;
+        Close();
+        return false;
+    }
+    return true;
+}
+
+bool Host::Impl::Initialize(std::string* error) {
+    ++loadCount;
+    keepInMemory = false;
+    phase = Phase::Initialize;
+    const GSErrCode result = entries.initialize();
+    phase = Phase::Idle;
+    if (result != NoError) {
+        *error = "Initialize of " + path + " failed with error " + Hex(result);
+        Unload();
+        return false;
+    }
+    return true;
+}
+
+bool Host::Impl::Load(std::string* error) {
+    return Open(error) && Initialize(error);
+}
+
+void Host::Impl::Close() {
+    dlclose(handle);
+    handle = nullptr;
+    phase = Phase::Unloaded;
+}
+
+void Host::Impl::Unload() {
+    if (handle == nullptr)
+        return;
+    phase = Phase::FreeData;
+    entries.freeData();
+    handlers.clear();
+    Close();
+}
+
+Host::Host(HostOptions options) : impl(std::make_unique<Impl>(std::move(options))) {
+    if (sCurrent != nullptr)
+        impl->Violation("achost::Host: a second host was created while another one is running");
+    sCurrent = this;
+}
+
+Host::~Host() {
+    Quit();
+    if (sCurrent == this)
+        sCurrent = nullptr;
+}
+
+Host* Host::Current() {
+    return sCurrent;
+}
+
+bool Host::Start(const std::string& path, std::string* error) {
+    Quit();
+    Impl& s = *impl;
+    s = Impl(std::move(s.options));
+    s.path = path;
+    ElfFile file;
+    if (!file.Open(path, error))
+        return false;
+    std::string image;
+    if (file.Section(kResourceSectionName, &image) && !ResourceSet::FromImage(image, &s.resources)) {
+        *error = "the resources embedded in " + path + " are damaged";
+        return false;
+    }
+    if (!s.Open(error))
+        return false;
+    API_EnvirParams envir;
+    std::memset(&envir, 0, sizeof envir);
+    ACAPI_GetReleaseNumber(&envir.serverInfo);
+    envir.serverInfo.serverApplication = s.options.hostKind;
+    s.phase = Phase::CheckEnvironment;
+    const API_AddonType type = s.entries.checkEnvironment(&envir);
+    s.phase = Phase::Idle;
+    s.name.assign(envir.addOnInfo.name, strnlen(envir.addOnInfo.name, sizeof envir.addOnInfo.name));
+    s.description.assign(envir.addOnInfo.description,
+                         strnlen(envir.addOnInfo.description, sizeof envir.addOnInfo.description));
+    if (type == APIAddon_DontRegister || type > APIAddon_Customizing) {
+        *error = path + " did not register: CheckEnvironment answered " + std::to_string(type);
+        s.Close();
+        return false;
+    }
+    s.phase = Phase::RegisterInterface;
+    const GSErrCode registered = s.entries.registerInterface();
+    s.phase = Phase::Idle;
+    if (registered != NoError) {
+        *error = "RegisterInterface of " + path + " failed with error " + Hex(registered);
+        s.Close();
+        s.menus.clear();
+        return false;
+    }
+    s.started = s.Initialize(error);
+    if (!s.started)
+        s.menus.clear();
+    return s.started;
+}
+
+void Host::Quit() {
+    impl->Unload();
+    impl->started = false;
+    impl->menus.clear();
+}
+
+bool Host::Reload(std::string* error) {
+    const std::string path = impl->path;
+    const int loads = impl->loadCount;
+    const bool ok = Start(path, error);
+    impl->loadCount += loads;
+    return ok;
+}
+
+bool Host::ChooseMenuItem(short menuResID, Int32 itemIndex, std::string* error) {
+    Impl& s = *impl;
+    if (!s.started) {
+        *error = "no add-on is running";
+        return false;
+    }
+    const Menu* menu = s.MenuFor(menuResID);
+    if (menu == nullptr) {
+        *error = "the add-on has no menu " + std::to_string(menuResID);
+        return false;
+    }
+    if (itemIndex < 1 || static_cast<size_t>(itemIndex) > menu->items.size()) {
+        *error = "menu " + std::to_string(menuResID) + " has no item " + std::to_string(itemIndex);
+        return false;
+    }
+    if ((menu->items[itemIndex - 1].flags & API_MenuItemDisabled) != 0) {
+        *error =
+            "item " + std::to_string(itemIndex) + " of menu " + std::to_string(menuResID) + " is disabled";
+        return false;
+    }
+    if (s.handle == nullptr && !s.Load(error))
+        return false;
+    const auto handler = s.handlers.find(menuResID);
+    if (handler != s.handlers.end()) {
+        API_MenuParams params;
+        std::memset(&params, 0, sizeof params);
+        params.menuItemRef.menuResID = menuResID;
+        params.menuItemRef.itemIndex = itemIndex;
+        s.phase = Phase::Command;
+        handler->second(&params);
+        s.phase = Phase::Idle;
+    }
+    if (!s.keepInMemory)
+        s.Unload();
+    return true;
+}
+
+bool Host::ChooseMenuItem(Int32 itemIndex, std::string* error) {
+    const Menu* menu = RegisteredMenu();
+    if (menu == nullptr) {
+        *error = "the add-on registered no menu";
+        return false;
+    }
+    return ChooseMenuItem(menu->resID, itemIndex, error);
+}
+
+bool Host::IsStarted() const {
+    return impl->started;
+}
+bool Host::IsLoaded() const {
+    return impl->handle != nullptr;
+}
+int Host::LoadCount() const {
+    return impl->loadCount;
+}
+const std::string& Host::AddonPath() const {
+    return impl->path;
+}
+const std::string& Host::AddonName() const {
+    return impl->name;
+}
+const std::string& Host::AddonDescription() const {
+    return impl->description;
+}
+bool Host::BuiltInLibraryRegistered() const {
+    return impl->builtInLibrary;
+}
+const ResourceSet& Host::Resources() const {
+    return impl->resources;
+}
+const std::vector<std::string>& Host::Violations() const {
+    return impl->violations;
+}
+
+std::vector<const Menu*> Host::Menus() const {
+    std::vector<const Menu*> result;
+    for (const auto& entry : impl->menus)
+        result.push_back(&entry.second);
+    return result;
+}
+
+const Menu* Host::FindMenu(short menuResID) const {
+    const auto found = impl->menus.find(menuResID);
+    return found == impl->menus.end() ? nullptr : &found->second;
+}
+
+const Menu* Host::RegisteredMenu() const {
+    for (const auto& entry : impl->menus)
+        if (entry.second.registered)
+            return &entry.second;
+    return nullptr;
+}
+
+std::string Host::PositionName(APIMenuCodeID position) {
+    static const char* const kNames[] = {"",
+                                         "File",
+                                         "Edit",
+                                         "Edit",
+                                         "Edit",
+                                         "Design",
+                                         "Options",
+                                         "Options",
+                                         "Document",
+                                         "Document",
+                                         "Teamwork",
+                                         "View",
+                                         "Window > Palettes",
+                                         "Design > Design Extras",
+                                         "File > External Content",
+                                         "File > Libraries and Objects",
+                                         "View > 3D View Mode",
+                                         "Document > Documenting Tools",
+                                         "File > Interoperability"};
+    const auto index = static_cast<size_t>(position);
+    return index < sizeof kNames / sizeof kNames[0] ? kNames[index] : "?";
+}
+
+} // namespace achost

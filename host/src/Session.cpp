@@ -1,0 +1,180 @@
+#include "achost/FrontEnd.hpp"
+
+#include <fstream>
+#include <iostream>
+
+namespace achost {
+
+namespace {
+
+std::string Quoted(const std::string& text) {
+    std::string quoted = "\"";
+    for (char c : text)
+        quoted += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    return quoted + "\"";
+}
+
+std::string MenuName(Int64 resID) {
+    return "menu " + std::to_string(resID);
+}
+
+// The item an expectation names, or null with the reason.
+const MenuItem* ExpectedItem(const Host& host, const Action& action, std::string* message) {
+    const Menu* menu = host.FindMenu(static_cast<short>(action.numbers[0]));
+    const Int64 index = action.numbers[1];
+    if (menu == nullptr) {
+        *message = "the host shows no " + MenuName(action.numbers[0]);
+        return nullptr;
+    }
+    if (index < 1 || static_cast<size_t>(index) > menu->items.size()) {
+        *message = MenuName(action.numbers[0]) + " has " + std::to_string(menu->items.size()) +
+                   " items, not " + std::to_string(index);
+        return nullptr;
+    }
+    return &menu->items[static_cast<size_t>(index) - 1];
+}
+
+bool ExpectMenuText(const Host& host, const Action& action, std::string* message) {
+    const MenuItem* item = ExpectedItem(host, action, message);
+    if (item == nullptr || item->text == action.texts[0])
+        return item != nullptr;
+    *message = "expected " + MenuName(action.numbers[0]) + " item " + std::to_string(action.numbers[1]) +
+               " " + Quoted(action.texts[0]) + ", saw " + Quoted(item->text);
+    return false;
+}
+
+bool ExpectMenuMark(const Host& host, const Action& action, std::string* message) {
+    const MenuItem* item = ExpectedItem(host, action, message);
+    if (item == nullptr)
+        return false;
+    const std::string seen = (item->flags & API_MenuItemChecked) != 0 ? "checked" : "unchecked";
+    if (seen == action.texts[0])
+        return true;
+    *message = "expected " + MenuName(action.numbers[0]) + " item " + std::to_string(action.numbers[1]) +
+               " " + action.texts[0] + ", saw it " + seen;
+    return false;
+}
+
+bool ExpectRegistered(const Host& host, const Action& action, std::string* message) {
+    const Menu* registered = host.RegisteredMenu();
+    const Menu* menu = host.FindMenu(static_cast<short>(action.numbers[0]));
+    if (menu != nullptr && menu->registered)
+        return true;
+    *message = "expected " + MenuName(action.numbers[0]) + " registered, saw " +
+               (registered != nullptr ? MenuName(registered->resID) + " registered" : "no registered menu");
+    return false;
+}
+
+} // namespace
+
+bool Perform(Host& host, const Action& action, std::string* message) {
+    switch (action.verb) {
+    case Verb::Menu:
+        return host.ChooseMenuItem(static_cast<Int32>(action.numbers[0]), message);
+    case Verb::MenuOf:
+        return host.ChooseMenuItem(static_cast<short>(action.numbers[0]),
+                                   static_cast<Int32>(action.numbers[1]), message);
+    case Verb::ExpectMenuText:
+        return ExpectMenuText(host, action, message);
+    case Verb::ExpectMenuMark:
+        return ExpectMenuMark(host, action, message);
+    case Verb::ExpectRegistered:
+        return ExpectRegistered(host, action, message);
+    case Verb::Reload:
+        return host.Reload(message);
+    case Verb::Quit:
+    case Verb::Help:
+        return true;
+    default:
+        *message = "'" + action.source + "' needs an open dialog, and none is open";
+        return false;
+    }
+}
+
+bool RunSession(Host& host, FrontEnd& frontEnd) {
+    Action action;
+    while (frontEnd.NextAction(host, &action) && action.verb != Verb::Quit) {
+        std::string message;
+        const bool ok = Perform(host, action, &message);
+        if (!frontEnd.Outcome(action, ok, message))
+            return false;
+    }
+    return true;
+}
+
+void WriteMenu(std::ostream& out, const Menu& menu) {
+    out << MenuName(menu.resID) << " " << Quoted(menu.title);
+    if (menu.registered)
+        out << " in " << Host::PositionName(menu.position);
+    out << "\n";
+    for (size_t i = 0; i < menu.items.size(); ++i) {
+        const MenuItem& item = menu.items[i];
+        out << "  " << (i + 1) << ((item.flags & API_MenuItemChecked) != 0 ? " [x] " : " [ ] ") << item.text
+            << ((item.flags & API_MenuItemDisabled) != 0 ? "  (disabled)" : "") << "\n";
+    }
+}
+
+bool ScriptFrontEnd::Load(const std::string& path, std::string* error) {
+    std::ifstream in(path);
+    if (!in) {
+        *error = path + ":0: cannot read the script";
+        return false;
+    }
+    std::string text;
+    for (int line = 1; std::getline(in, text); ++line) {
+        Action action;
+        std::string problem;
+        const ParseResult result = ParseAction(text, &action, &problem);
+        if (result == ParseResult::Malformed) {
+            *error = path + ":" + std::to_string(line) + ": " + problem;
+            return false;
+        }
+        action.file = path;
+        action.line = line;
+        if (result == ParseResult::Parsed)
+            actions.push_back(action);
+    }
+    return true;
+}
+
+bool ScriptFrontEnd::NextAction(const Host& /*host*/, Action* action) {
+    if (next >= actions.size())
+        return false;
+    *action = actions[next++];
+    return true;
+}
+
+bool ScriptFrontEnd::Outcome(const Action& action, bool ok, const std::string& message) {
+    if (!ok)
+        failure = action.file + ":" + std::to_string(action.line) + ": " + message;
+    return ok;
+}
+
+bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
+    const Menu* menu = host.RegisteredMenu();
+    if (menu != nullptr)
+        WriteMenu(out, *menu);
+    std::string text, error;
+    while (out << "> " << std::flush, std::getline(in, text)) {
+        const bool bareNumber = !text.empty() && text.find_first_not_of("0123456789 ") == std::string::npos;
+        const ParseResult result = ParseAction(bareNumber ? "menu " + text : text, action, &error);
+        if (result == ParseResult::Malformed)
+            out << error << "\n";
+        else if (result == ParseResult::Parsed && action->verb == Verb::Help) {
+            out << "Actions (a number alone chooses that item of the menu):\n";
+            for (const auto& form : ActionForms())
+                out << "  " << form << "\n";
+        } else if (result == ParseResult::Parsed)
+            return true;
+    }
+    out << "\n";
+    return false;
+}
+
+bool TerminalFrontEnd::Outcome(const Action& /*action*/, bool ok, const std::string& message) {
+    if (!ok)
+        out << message << "\n";
+    return true;
+}
+
+} // namespace achost

@@ -1,0 +1,138 @@
+// The resource compiler: what it accepts, the file and line of what it rejects, and the embedded image.
+#include "achost/ResourceCompiler.hpp"
+
+#include "TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sys/wait.h>
+
+namespace {
+
+bool Compile(const std::string& text, achost::ResourceSet* set, std::string* error) {
+    return achost::CompileGrcText(text, "t.grc", FIXTURE_IMAGES, set, error);
+}
+
+TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
+    const struct {
+        const char* text;
+        std::string error;
+    } cases[] = {
+        {"'STR#' 1 \"d\" {\n \"abc\n}", "t.grc:2: unterminated string"},
+        {"/* never closed\n\n", "t.grc:1: unterminated comment"},
+        {"'ABCD' 1 \"d\" { }", "t.grc:1: unknown resource type 'ABCD'"},
+        {"'STR' 1 \"d\" { }", "t.grc:1: a resource type is four characters in single quotes, like 'STR#'"},
+        {"'STR#' 1 \"d\" {\n\"a\"\n", "t.grc:1: missing '}' to close the body opened at line 1"},
+        {"'STR#' 1 \"d\" \"e\" { }", "t.grc:1: expected one quoted description between the ID and '{'"},
+        {"'STR#' 5 \"d\" { }\n'STR#' 5 \"d\" { }", "t.grc:2: duplicate 'STR#' 5 (first defined at line 1)"},
+        {"'STR#' 1 \"d\" {\n\"a\"\n abc }", "t.grc:3: 'STR#' items are quoted strings, found 'abc'"},
+        {"'STR#' MENU_ID \"d\" { }", "t.grc:1: unknown resource ID 'MENU_ID'"},
+        {"'STR#' 40000 \"d\" { }", "t.grc:1: expected a resource ID from 1 to 32767"},
+        {"\n'MDID' 1 \"d\" { 1 2 }", "t.grc:2: the 'MDID' resource must have ID 32500"},
+        {"'MDID' 32500 \"d\" { 1 }", "t.grc:1: an 'MDID' is { <developer ID> <local ID> }"},
+        {"'GICN' 1 \"d\" { \"nothere\" 0 0 0 }",
+         "t.grc:1: icon image 'nothere.png' not found in " FIXTURE_IMAGES},
+        {"'GICN' 1 \"d\" {\n \"dot\" 0 256 0 }", "t.grc:2: expected a colour value 0..255, found '256'"},
+        {"'GDLG' 1 Modal 0 0 10 10 \"t\" {\nButton 1 1 5 5 LargePlain \"OK\"\nButon 1 1 5 5 }",
+         "t.grc:3: unknown dialog item type 'Buton'"},
+        {"'GDLG' 1 Dialog 0 0 10 10 \"t\" { }",
+         "t.grc:1: a dialog starts with its kind: Modal, Modeless, Palette or TabPage"},
+        {"'GDLG' 1 Modal | wobbly 0 0 10 10 \"t\" { }", "t.grc:1: unknown dialog flag 'wobbly'"},
+        {"'GDLG' 1 Modal 0 0 10 \"t\" { }",
+         "t.grc:1: a dialog header is <kind> [| flag ...] <left> <top> <width> <height> \"title\""},
+        {"'DLGH' 1 Anchor { 1 \"tip\" }", "t.grc:1: 'DLGH' entries are <item> \"tooltip\" <name>"},
+        {"'STR#' 1 \"d\" { \"a\\q\" }", "t.grc:1: unknown escape '\\q' in string"},
+        {"'STR#' 1 \"d\" { \"\xC3\" }", "t.grc:1: string is not valid UTF-8"},
+        {"#if 0\n", "t.grc:1: unsupported preprocessor line '#if'"},
+        {"'STR#' 1 \"d\" { \"a\" } }", "t.grc:1: expected a resource type like 'STR#', found '}'"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        achost::ResourceSet set;
+        std::string error;
+        EXPECT_FALSE(Compile(c.text, &set, &error));
+        EXPECT_EQ(c.error, error);
+    }
+}
+
+const char kGood[] =
+    "\xEF\xBB\xBF// A resource file with every kind of resource\n"
+    "#include \"Ids.h\"\n"
+    "#define DIALOG 32734\n"
+    "'STR#' 32510 \"Texts\" { /* [1] */ \"One\" \"Tab\\tand \\\"quote\\\"\"\n \"\" }\n"
+    "'GICN' 32600 \"Dot\" { \"dot\" 255 0 255 }\n"
+    "'MDID' 32500 \"Id\" { 0xFFFFFFFF 7 }\n"
+    "'GDLG' DIALOG Modal | grow | close 40 40 483 282 \"Language\" {\n"
+    "  Button 10 250 80 20 LargePlain \"OK\"\n"
+    "  PopupControl 10 10 100 20 90 2\n"
+    "  NoIcon \"first\"\n"
+    "  SingleSelList 10 40 200 150 SmallPlain PartialItems 18\n"
+    "}\n"
+    "'DLGH' DIALOG DLG_Language { 1 \"\" Button_0 2 \"\" PopUp_0 3 \"\" SingleSelListBox_0 }\n";
+
+TEST(ResourceCompilerTest, ReadsEveryResourceKind) {
+    achost::ResourceSet set;
+    std::string error;
+    ASSERT_TRUE(Compile(kGood, &set, &error)) << error;
+    const std::vector<std::string> strings = {"One", "Tab\tand \"quote\"", ""};
+    EXPECT_EQ(strings, set.Strings(32510));
+    EXPECT_EQ("Tab\tand \"quote\"", set.String(32510, 2));
+    EXPECT_EQ(std::nullopt, set.String(32510, 4));
+    EXPECT_EQ(std::nullopt, set.String(32510, 0));
+    EXPECT_EQ(std::nullopt, set.Strings(32511));
+    EXPECT_EQ(xn_test::TempFolder::Read(FIXTURE_IMAGES "/dot.png"),
+              set.Find(achost::ResType("GICN"), 32600)->data);
+    EXPECT_EQ(0xFFFFFFFF, set.Find(achost::ResType("MDID"), 32500)->body[0][0].number);
+    const achost::Resource* dialog = set.Find(achost::ResType("GDLG"), 32734);
+    ASSERT_NE(nullptr, dialog);
+    EXPECT_EQ(3u, dialog->body.size() - 1); // three items, the popup's entry line kept apart
+    EXPECT_EQ("Language", dialog->header.back().text);
+    EXPECT_EQ(9, dialog->body[0][0].line);
+}
+
+TEST(ResourceCompilerTest, ImageRoundTripsAndRefusesEveryTruncation) {
+    achost::ResourceSet set, back;
+    std::string error;
+    ASSERT_TRUE(Compile(kGood, &set, &error)) << error;
+    const std::string image = set.ToImage();
+    ASSERT_TRUE(achost::ResourceSet::FromImage(image, &back));
+    EXPECT_EQ(image, back.ToImage());
+    for (size_t size = 0; size < image.size(); ++size)
+        ASSERT_FALSE(achost::ResourceSet::FromImage(image.substr(0, size), &back)) << size;
+    EXPECT_FALSE(achost::ResourceSet::FromImage(image + "x", &back));
+}
+
+class ResourceToolTest : public xn_test::TempFolderTest {
+protected:
+    int Run(const std::string& grc, std::string* output) {
+        const std::string command = std::string(ACHOST_GRC_TOOL) + " " + grc + " --images " FIXTURE_IMAGES +
+                                    " --output " + temp.PathOf("r.bin") + " --asm " + temp.PathOf("r.S") +
+                                    " 2>&1";
+        FILE* pipe = popen(command.c_str(), "r");
+        char buffer[512];
+        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
+            *output += buffer;
+        return WEXITSTATUS(pclose(pipe));
+    }
+};
+
+TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLine) {
+    const std::string bad = temp.PathOf("bad.grc");
+    xn_test::TempFolder::Write(bad, "'STR#' 1 \"d\" {\n  \"ok\"\n  \"broken\n}\n");
+    std::string output;
+    EXPECT_EQ(1, Run(bad, &output));
+    EXPECT_EQ(bad + ":3: unterminated string\n", output);
+}
+
+TEST_F(ResourceToolTest, WritesTheImageAndItsEmbedding) {
+    std::string output;
+    ASSERT_EQ(0, Run(FIXTURE_GRC, &output)) << output;
+    achost::ResourceSet set;
+    EXPECT_TRUE(achost::ResourceSet::FromImage(xn_test::TempFolder::Read(temp.PathOf("r.bin")), &set));
+    EXPECT_EQ("\t.section .achost.resources,\"\",@progbits\n\t.incbin \"" + temp.PathOf("r.bin") +
+                  "\"\n\t.section .note.GNU-stack,\"\",@progbits\n",
+              xn_test::TempFolder::Read(temp.PathOf("r.S")));
+}
+
+} // namespace
