@@ -1,0 +1,151 @@
+// XN_Location: path rules, conversion through the host, folder questions and enumeration of a real tree.
+#include "XN_Location.hpp"
+
+#include "TempFolder.hpp"
+#include "achost/Faults.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Text(const XN_String& s) {
+    return s.IsNull() ? "<null>" : s.ToCStr(XN_String::Encoding_UTF8).Get();
+}
+
+XN_String Utf8(const char* text) {
+    return text ? XN_String(text, XN_String::Encoding_UTF8) : XN_String();
+}
+
+TEST(XN_Location, SetDropsOneTrailingSlash) {
+    const std::vector<std::pair<const char*, const char*>> cases = {
+        {"/a/b/", "/a/b"}, {"/a/b", "/a/b"}, {"/", ""}, {"", ""}, {"/a//", "/a/"}, {nullptr, "<null>"}};
+    for (const auto& [path, stored] : cases) {
+        SCOPED_TRACE(path ? path : "null");
+        XN_Location location;
+        location.Set(Utf8(path));
+        EXPECT_EQ(Text(location), stored);
+    }
+}
+
+TEST(XN_Location, SetLastNameReplacesTheLastComponent) {
+    const std::vector<std::pair<const char*, const char*>> cases = {
+        {"/a/b/c", "/a/b/x.txt"}, {"c", "x.txt"}, {"/c", "/x.txt"}, {nullptr, "<null>"}};
+    for (const auto& [path, expected] : cases) {
+        SCOPED_TRACE(path ? path : "null");
+        XN_Location location(Utf8(path));
+        location.SetLastName("x.txt");
+        EXPECT_EQ(Text(location), expected);
+    }
+}
+
+TEST(XN_Location, ConvertsToAndFromHostLocations) {
+    achost::ScopedFaults faults;
+    XN_Location location;
+    location.Set(IO::Location("/p/q/"));
+    EXPECT_EQ(Text(location), "/p/q");
+    location.Set(IO::Location());
+    EXPECT_EQ(Text(location), "<null>");
+
+    const XN_Location accented(Utf8("/tmp/Grüße/€"));
+    EXPECT_EQ(Text(accented.GetPOSIXPath()), "/tmp/Grüße/€");
+    EXPECT_EQ(Text(XN_Location().GetPOSIXPath()), "<null>");
+
+    achost::FailFileOperation(achost::FileOperation::LocationToPath, ErrIO);
+    location.Set(IO::Location("/p"));
+    EXPECT_EQ(Text(location), "<null>") << "a failed conversion leaves no location";
+    EXPECT_EQ(Text(XN_Location::AddOnLocation(true)), "<null>") << "outside a running add-on";
+}
+
+class XN_LocationTreeTest : public xn_test::TempFolderTest {
+protected:
+    // work/ A.TXT b.txt readme f.d/{readme, x.d} sub/{c.txt, deep/d.TxT}
+    void SetUp() override {
+        for (const char* folder : {"f.d", "sub/deep"})
+            fs::create_directories(temp.PathOf(folder));
+        for (const char* file :
+             {"A.TXT", "b.txt", "readme", "f.d/readme", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"})
+            xn_test::TempFolder::Write(temp.PathOf(file), "x");
+        root = XN_Location(Utf8(temp.Path().c_str()));
+    }
+
+    // The paths of `list` relative to the test folder.
+    std::vector<std::string> Relative(const XN_List<XN_Location>& list) const {
+        std::vector<std::string> paths;
+        for (long i = 0; i < list.count; ++i)
+            paths.push_back(Text(list[i]).substr(temp.Path().size() + 1));
+        return paths;
+    }
+
+    achost::ScopedFaults faults;
+    XN_Location root;
+};
+
+TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
+    struct Case {
+        const char* name;
+        std::vector<const char*> filter; // {"-"}: no filter list at all
+        bool recursive;
+        std::vector<std::string> expected;
+    };
+    const Case cases[] = {
+        {"no filter", {"-"}, false, {"A.TXT", "b.txt", "readme"}},
+        {"empty filter", {}, false, {"A.TXT", "b.txt", "readme"}},
+        {"case ignored", {"txt"}, false, {"A.TXT", "b.txt"}},
+        {"all levels, depth first",
+         {"-"},
+         true,
+         {"A.TXT", "b.txt", "f.d/readme", "f.d/x.d", "readme", "sub/c.txt", "sub/deep/d.TxT"}},
+        {"dot in a folder name is no extension", {"d"}, true, {"f.d/x.d"}},
+        {"empty extension", {""}, true, {"f.d/readme", "readme"}},
+        {"several", {"D", "TXT"}, true, {"A.TXT", "b.txt", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        XN_List<XN_String> filter;
+        for (const char* extension : c.filter)
+            filter.AddData(Utf8(extension), -1);
+        const bool noFilter = c.filter.size() == 1 && std::string(c.filter[0]) == "-";
+        XN_List<XN_Location> files;
+        EXPECT_TRUE(root.GetFilesInFolder(noFilter ? nullptr : &filter, c.recursive, &files));
+        EXPECT_EQ(Relative(files), c.expected);
+    }
+}
+
+TEST_F(XN_LocationTreeTest, SubFoldersAndFolderTests) {
+    XN_List<XN_Location> folders;
+    EXPECT_TRUE(root.GetSubFolders(false, &folders));
+    EXPECT_EQ(Relative(folders), (std::vector<std::string>{"f.d", "sub"}));
+    folders.Reset();
+    EXPECT_TRUE(root.GetSubFolders(true, &folders));
+    EXPECT_EQ(Relative(folders), (std::vector<std::string>{"f.d", "sub", "sub/deep"}));
+
+    const std::vector<std::pair<const char*, bool>> cases = {
+        {"sub", true}, {"sub/deep", true}, {"b.txt", false}, {"missing", false}, {"missing/sub", false}};
+    for (const auto& [relative, isFolder] : cases) {
+        SCOPED_TRACE(relative);
+        EXPECT_EQ(XN_Location(Utf8(temp.PathOf(relative).c_str())).IsFolder(), isFolder);
+    }
+    EXPECT_FALSE(XN_Location().IsFolder());
+}
+
+TEST_F(XN_LocationTreeTest, EnumerationFailures) {
+    XN_List<XN_Location> files;
+    EXPECT_FALSE(XN_Location(Utf8(temp.PathOf("missing").c_str())).GetFilesInFolder(nullptr, true, &files));
+    EXPECT_FALSE(XN_Location().GetSubFolders(true, &files));
+    achost::FailFileOperation(achost::FileOperation::FolderEnumerate, ErrIO);
+    EXPECT_FALSE(root.GetFilesInFolder(nullptr, false, &files));
+    EXPECT_EQ(files.count, 0);
+
+    // The walk stops at a subfolder that cannot be opened; stopping is not a host error.
+    achost::FailFileOperation(achost::FileOperation::FolderStatus, ErrIO, 2);
+    EXPECT_TRUE(root.GetFilesInFolder(nullptr, true, &files));
+    EXPECT_EQ(Relative(files), (std::vector<std::string>{"A.TXT", "b.txt"}));
+}
+
+} // namespace
