@@ -25,8 +25,9 @@ extern const XN_String gXN_Languages_Suffixes[XN_LANGUAGE_COUNT];
 // false only when neither key exists (the language is then 1).
 bool XN_Language_Read(bool reload);
 
-// Stores the current language as "Language_str" and saves the store at once. An index of 7 or more
-// is first reset to 1. After storing, an unsupported language falls back to 1 in memory only.
+// Stores the current language as "Language_str" and saves the store at once. An index outside the
+// table (7 or more, or negative) is first reset to 1. After storing, an unsupported language falls back to 1
+// in memory only.
 void XN_Language_Write();
 
 // True when "Language_str" or "Language" is present in the language's store (loaded on demand).

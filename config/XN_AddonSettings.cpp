@@ -1,0 +1,179 @@
+#include "XN_AddonSettings.hpp"
+
+#include "XN_SettingsFile.hpp"
+#include "sett_Addon.hpp"
+
+#include "FileSystem.hpp"
+#include "Location.hpp"
+
+namespace {
+
+// Name of the file shared by every add-on of the suite.
+const char* const kAllAddonsFileBase = "Quillane";
+const char* const kSettingsFileExtension = ".cfg";
+
+struct Store {
+    XN_List<XN_Setting> records;
+    bool loaded = false;
+};
+
+Store sAddonSettings;
+Store sAllAddonsSettings;
+
+Store& StoreOf(XN_AddonSettings_Type type) {
+    return type == XN_AddonSettings_Addon ? sAddonSettings : sAllAddonsSettings;
+}
+
+bool KeyMatches(char* element, void* wanted) {
+    const XN_Setting* record = reinterpret_cast<const XN_Setting*>(element);
+    return XN_String::Compare(record->key, 0, *static_cast<const XN_String*>(wanted), 0, 0) == 0;
+}
+
+// Index of the first record with `key`, or -1.
+long Find(Store& store, const XN_String& key) {
+    long found = -1;
+    store.records.Search(KeyMatches, found, const_cast<XN_String*>(&key));
+    return found;
+}
+
+} // namespace
+
+XN_Setting::XN_Setting() : key(""), value("") {}
+
+XN_Setting::XN_Setting(const XN_String& key, const XN_String& value) : key(key), value(value) {}
+
+GSErrCode XN_AddonSettings_GetFolder(XN_Location& folder) {
+    IO::Location shared;
+    const GSErrCode err = IO::fileSystem.GetSpecialLocation(IO::FileSystem::CommonDocuments, &shared);
+    if (err == NoError)
+        folder.Set(shared);
+    return err;
+}
+
+GSErrCode XN_AddonSettings_GetLocation(XN_AddonSettings_Type type, XN_Location& location) {
+    XN_Location folder;
+    const GSErrCode err = XN_AddonSettings_GetFolder(folder);
+    if (err != NoError)
+        return err;
+    const char* base = type == XN_AddonSettings_Addon ? sett_ADDON_SETTINGS_FILE_NAME : kAllAddonsFileBase;
+    location.Set(folder + "/" + base + kSettingsFileExtension);
+    return NoError;
+}
+
+bool XN_AddonSettings_Load(XN_AddonSettings_Type type, bool onlyIfNotLoaded) {
+    Store& store = StoreOf(type);
+    if (onlyIfNotLoaded && store.loaded)
+        return true;
+    store.records.Reset();
+    XN_Location file;
+    if (XN_AddonSettings_GetLocation(type, file) != NoError)
+        return false;
+    if (XN_SettingsFile_Read(file, store.records, nullptr, nullptr) != XN_SettingsFile_OK)
+        return false;
+    store.loaded = true;
+    return true;
+}
+
+bool XN_AddonSettings_Save(XN_AddonSettings_Type type) {
+    XN_Location file;
+    if (XN_AddonSettings_GetLocation(type, file) != NoError)
+        return false;
+    return XN_SettingsFile_Write(file, StoreOf(type).records);
+}
+
+bool XN_AddonSettings_Get(XN_AddonSettings_Type type, XN_String key, XN_String* value, bool load) {
+    Store& store = StoreOf(type);
+    if (!store.loaded && load && !XN_AddonSettings_Load(type, true))
+        return false;
+    const long index = Find(store, key);
+    if (index < 0)
+        return false;
+    if (value != nullptr)
+        *value = store.records[index].value;
+    return true;
+}
+
+XN_String XN_AddonSettings_Get(XN_AddonSettings_Type type, XN_String key, bool load) {
+    XN_String value;
+    if (!XN_AddonSettings_Get(type, key, &value, load))
+        return XN_String("");
+    return value;
+}
+
+bool XN_AddonSettings_GetLong(XN_AddonSettings_Type type, XN_String key, long* value, bool load) {
+    XN_String text;
+    if (!XN_AddonSettings_Get(type, key, &text, load))
+        return false;
+    if (value != nullptr)
+        *value = static_cast<long>(XN_String::ToLong(text.ToCStr().Get()));
+    return true;
+}
+
+long XN_AddonSettings_GetLong(XN_AddonSettings_Type type, XN_String key, bool load) {
+    return static_cast<long>(XN_String::ToLong(XN_AddonSettings_Get(type, key, load).ToCStr().Get()));
+}
+
+bool XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, double* value, bool load) {
+    XN_String text;
+    if (!XN_AddonSettings_Get(type, key, &text, load))
+        return false;
+    if (value != nullptr)
+        *value = XN_String::ToDouble(text.ToCStr().Get());
+    return true;
+}
+
+double XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, bool load) {
+    return XN_String::ToDouble(XN_AddonSettings_Get(type, key, load).ToCStr().Get());
+}
+
+bool XN_AddonSettings_Set(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create) {
+    Store& store = StoreOf(type);
+    const long index = Find(store, key);
+    if (index >= 0)
+        store.records[index].value = value;
+    else if (create)
+        store.records.AddData(XN_Setting(key, value), -1);
+    return true;
+}
+
+bool XN_AddonSettings_SetLong(XN_AddonSettings_Type type, XN_String key, long value, bool create) {
+    return XN_AddonSettings_Set(type, key, XN_String::LongToString(value, 0), create);
+}
+
+bool XN_AddonSettings_SetDouble(XN_AddonSettings_Type type, XN_String key, double value, bool create) {
+    return XN_AddonSettings_Set(type, key, XN_String::DoubleToString(value, 0, 0), create);
+}
+
+bool XN_AddonSettings_LoadSetSave(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create) {
+    XN_AddonSettings_Load(type, true);
+    XN_AddonSettings_Set(type, key, value, create);
+    return XN_AddonSettings_Save(type);
+}
+
+bool XN_AddonSettings_Remove(XN_AddonSettings_Type type, XN_String key) {
+    Store& store = StoreOf(type);
+    const long index = Find(store, key);
+    if (index < 0)
+        return false;
+    store.records.DeleteData(index);
+    return true;
+}
+
+void XN_AddonSettings_Clear(XN_AddonSettings_Type type) {
+    StoreOf(type).records.Reset();
+}
+
+long XN_AddonSettings_GetCount(XN_AddonSettings_Type type) {
+    return StoreOf(type).records.GetCount();
+}
+
+bool XN_AddonSettings_Get(XN_AddonSettings_Type type, long index, XN_String* key, XN_String* value) {
+    const Store& store = StoreOf(type);
+    if (index < 0 || index >= store.records.GetCount())
+        return false;
+    if (key != nullptr)
+        *key = store.records[index].key;
+    if (value != nullptr)
+        *value = store.records[index].value;
+    return true;
+}

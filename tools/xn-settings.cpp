@@ -1,0 +1,209 @@
+// xn-settings: reads and writes the suite's scrambled settings and marker files, with the add-on's
+// own format code, so that what it writes the add-on reads.
+//
+// Texts are exchanged in UTF-8, the add-on's default 8-bit encoding on this platform.
+#include "XN_SettingsFile.hpp"
+
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+namespace {
+
+const char* const kUsage =
+    "usage: xn-settings dump|get|set|remove FILE [KEY [VALUE]]\n"
+    "       xn-settings COMMAND --help\n"
+    "Reads and writes the scrambled settings (.cfg) and marker (.sui) files of the suite.\n";
+
+struct Command {
+    const char* name;
+    int argumentCount; // after the command name
+    const char* synopsis;
+    const char* help;
+    int (*run)(const XN_Location& file, char** arguments);
+};
+
+XN_String FromUtf8(const char* text) {
+    return XN_String(text, XN_String::Encoding_UTF8);
+}
+
+std::string ToUtf8(const XN_String& text) {
+    const XN_CString bytes = text.ToCStr(XN_String::Encoding_UTF8);
+    return bytes.Get() != nullptr ? std::string(bytes.Get()) : std::string();
+}
+
+// A value on one line: LF as \n, CR as \r, a backslash doubled.
+std::string Escaped(const XN_String& text) {
+    std::string shown;
+    for (const char c : ToUtf8(text)) {
+        if (c == '\n')
+            shown += "\\n";
+        else if (c == '\r')
+            shown += "\\r";
+        else if (c == '\\')
+            shown += "\\\\";
+        else
+            shown += c;
+    }
+    return shown;
+}
+
+int Fail(const std::string& message) {
+    std::cerr << "xn-settings: " << message << "\n";
+    return 1;
+}
+
+std::string PathOf(const XN_Location& file) {
+    return ToUtf8(file);
+}
+
+// Reads the file's records. Prints the reason and returns false when the file does not parse, or
+// when it is missing and `mustExist`.
+bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mustExist) {
+    bool exists = false;
+    unsigned long badOffset = 0;
+    switch (XN_SettingsFile_Read(file, records, &exists, &badOffset)) {
+    case XN_SettingsFile_OK:
+        if (!exists && mustExist) {
+            Fail(PathOf(file) + ": no such file");
+            return false;
+        }
+        return true;
+    case XN_SettingsFile_ReadError:
+        Fail(PathOf(file) + ": cannot read the file");
+        return false;
+    case XN_SettingsFile_TooLarge:
+        Fail(PathOf(file) + ": larger than " + std::to_string(XN_SETTINGS_IMAGE_MAX) +
+             " bytes, which no add-on of the suite can read");
+        return false;
+    case XN_SettingsFile_Malformed:
+        Fail(PathOf(file) + ": record " + std::to_string(records.GetCount() + 1) +
+             " is malformed (byte offset " + std::to_string(badOffset) + ")");
+        return false;
+    }
+    return false;
+}
+
+long IndexOfKey(const XN_List<XN_Setting>& records, const XN_String& key) {
+    for (long i = 0; i < records.GetCount(); ++i) {
+        if (records[i].key == key)
+            return i;
+    }
+    return -1;
+}
+
+bool WriteRecords(const XN_Location& file, const XN_List<XN_Setting>& records) {
+    if (XN_SettingsFile_Write(file, records))
+        return true;
+    Fail(PathOf(file) + ": cannot write the file (it is left as it was)");
+    return false;
+}
+
+int Dump(const XN_Location& file, char**) {
+    XN_List<XN_Setting> records;
+    const bool ok = ReadRecords(file, records, true);
+    for (long i = 0; i < records.GetCount(); ++i)
+        std::cout << ToUtf8(records[i].key) << ": " << Escaped(records[i].value) << "\n";
+    return ok ? 0 : 1;
+}
+
+int Get(const XN_Location& file, char** arguments) {
+    XN_List<XN_Setting> records;
+    if (!ReadRecords(file, records, true))
+        return 1;
+    const long index = IndexOfKey(records, FromUtf8(arguments[0]));
+    if (index < 0)
+        return Fail(PathOf(file) + ": no key \"" + arguments[0] + "\"");
+    std::cout << ToUtf8(records[index].value) << "\n";
+    return 0;
+}
+
+// A key the format can carry: not empty, no ":" (the reader cuts the key there) and no line break.
+bool IsStorableKey(const char* key) {
+    return *key != '\0' && std::strpbrk(key, ":\n\r") == nullptr;
+}
+
+int Set(const XN_Location& file, char** arguments) {
+    if (!IsStorableKey(arguments[0]))
+        return Fail(std::string("cannot store the key \"") + arguments[0] +
+                    "\": a key must not be empty nor hold \":\" or a line break");
+    XN_List<XN_Setting> records;
+    if (!ReadRecords(file, records, false))
+        return 1;
+    const XN_String key = FromUtf8(arguments[0]);
+    const XN_String value = FromUtf8(arguments[1]);
+    const long index = IndexOfKey(records, key);
+    if (index >= 0)
+        records[index].value = value;
+    else
+        records.AddData(XN_Setting(key, value), -1);
+    return WriteRecords(file, records) ? 0 : 1;
+}
+
+int Remove(const XN_Location& file, char** arguments) {
+    XN_List<XN_Setting> records;
+    if (!ReadRecords(file, records, true))
+        return 1;
+    const long index = IndexOfKey(records, FromUtf8(arguments[0]));
+    if (index < 0)
+        return Fail(PathOf(file) + ": no key \"" + arguments[0] + "\"");
+    records.DeleteData(index);
+    return WriteRecords(file, records) ? 0 : 1;
+}
+
+const Command kCommands[] = {
+    {"dump", 1, "xn-settings dump FILE",
+     "Prints every record as \"key: value\", one per line, with line breaks in values shown as \\n\n"
+     "(\\r for a carriage return, \\\\ for a backslash). A file that does not parse is reported with\n"
+     "the malformed record's number and byte offset, after the records before it.\n",
+     Dump},
+    {"get", 2, "xn-settings get FILE KEY",
+     "Prints the value of the first record with KEY (exact, case-sensitive) as it is stored.\n", Get},
+    {"set", 3, "xn-settings set FILE KEY VALUE",
+     "Gives KEY the value VALUE, adding the record at the end when KEY is absent. The file is created\n"
+     "when missing and replaced atomically; a file that does not parse is left alone.\n",
+     Set},
+    {"remove", 2, "xn-settings remove FILE KEY",
+     "Removes the first record with KEY and rewrites the file atomically.\n", Remove},
+};
+
+const Command* FindCommand(const char* name) {
+    for (const Command& command : kCommands) {
+        if (std::strcmp(command.name, name) == 0)
+            return &command;
+    }
+    return nullptr;
+}
+
+bool IsHelp(const char* argument) {
+    return std::strcmp(argument, "--help") == 0 || std::strcmp(argument, "-h") == 0;
+}
+
+XN_Location AbsoluteLocation(const char* path) {
+    XN_Location location;
+    location.Set(FromUtf8(std::filesystem::absolute(path).lexically_normal().string().c_str()));
+    return location;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2)
+        return std::cerr << kUsage, 2;
+    if (IsHelp(argv[1]))
+        return std::cout << kUsage, 0;
+    const Command* command = FindCommand(argv[1]);
+    if (command == nullptr)
+        return std::cerr << "xn-settings: unknown command \"" << argv[1] << "\"\n" << kUsage, 2;
+    for (int i = 2; i < argc; ++i) {
+        if (IsHelp(argv[i]))
+            return std::cout << "usage: " << command->synopsis << "\n" << command->help, 0;
+    }
+    if (argc - 2 != command->argumentCount)
+        return std::cerr << "xn-settings: " << command->name << " takes " << command->argumentCount
+                         << (command->argumentCount == 1 ? " argument" : " arguments")
+                         << "\nusage: " << command->synopsis << "\n",
+               2;
+    return command->run(AbsoluteLocation(argv[2]), argv + 3);
+}
