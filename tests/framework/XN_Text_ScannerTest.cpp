@@ -1,0 +1,171 @@
+// XN_Text_Scanner: the reads and, above all, where each leaves the position.
+#include "XN_Text_Scanner.hpp"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+std::string Text(const XN_String& s) {
+    return s.IsNull() ? "<null>" : s.ToCStr(XN_String::Encoding_UTF8).Get();
+}
+
+struct Scanner : XN_Text_Scanner {
+    explicit Scanner(const char* text) { Set(XN_String(text, XN_String::Encoding_UTF8)); }
+};
+
+TEST(XN_Text_Scanner, ReadLongPositions) {
+    struct Case {
+        const char* text;
+        short skipMode;
+        bool advance;
+        bool result;
+        long value; // 99: unchanged
+        unsigned long position;
+    };
+    const Case cases[] = {
+        {"  /* note */ 42 x", 3, true, true, 42, 15},
+        {"  /* note */ 42 x", 3, false, true, 42, 0},
+        {"\t-7 x", 1, true, true, -7, 3},
+        {"\n7", 1, true, true, 0, 0}, // mode 1 stops at the line end: the empty token reads as 0
+        {"\n7", 2, true, true, 7, 2},
+        {" abc", 2, true, false, 99, 1}, // the skipped space stays consumed
+        {" abc", 2, false, false, 99, 0},
+        {"12ab", 0, true, false, 99, 0},
+        {"", 0, true, true, 0, 0},    // kept: the empty token is an integer
+        {"- x", 0, true, true, 0, 1}, // kept: "-" alone is an integer
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.text) + " mode " + std::to_string(c.skipMode) +
+                     (c.advance ? " advancing" : ""));
+        Scanner scanner(c.text);
+        long value = 99;
+        EXPECT_EQ(scanner.ReadLong(value, c.skipMode, c.advance), c.result);
+        EXPECT_EQ(value, c.value);
+        EXPECT_EQ(scanner.GetPosition(), c.position);
+    }
+}
+
+TEST(XN_Text_Scanner, ReadLineSplitsAtEveryLineEnd) {
+    struct Case {
+        const char* text;
+        bool withEOL;
+        std::vector<std::string> lines;
+    };
+    const Case cases[] = {
+        {"a\r\nb\rc\n", false, {"a", "b", "c", "<null>"}},
+        {"a\r\nb\rc\n", true, {"a\r\n", "b\r", "c\n", "<null>"}},
+        {"\n\nx", false, {"", "", "x", "<null>"}},
+        {"x\n\r", false, {"x", "", "<null>"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        Scanner scanner(c.text);
+        std::vector<std::string> lines;
+        for (size_t i = 0; i < c.lines.size(); ++i)
+            lines.push_back(Text(scanner.ReadLine(c.withEOL, true)));
+        EXPECT_EQ(lines, c.lines);
+    }
+    Scanner scanner("a\nb");
+    EXPECT_EQ(Text(scanner.ReadLine(false, false)), "a");
+    EXPECT_EQ(scanner.GetPosition(), 0u);
+}
+
+TEST(XN_Text_Scanner, TokensStopAtDelimitersOnly) {
+    Scanner scanner(" \r\n a/*b*/c\td");
+    EXPECT_EQ(Text(scanner.ReadToken(2, false)), "a/*b*/c");
+    EXPECT_EQ(Text(scanner.ReadToken(2, false)), "a/*b*/c") << "looking ahead twice";
+    EXPECT_EQ(Text(scanner.ReadToken(0, true)), "<null>") << "no skipping: the empty token";
+    EXPECT_EQ(Text(scanner.ReadToken(2, true)), "a/*b*/c");
+    EXPECT_EQ(scanner.GetPosition(), 11u);
+    EXPECT_EQ(Text(scanner.ReadToken(1, true)), "d");
+    EXPECT_EQ(Text(scanner.ReadToken(1, true)), "<null>");
+}
+
+TEST(XN_Text_Scanner, DoubleQuotedStrings) {
+    struct Case {
+        const char* text;
+        bool result;
+        const char* value; // "-": unchanged
+        unsigned long position;
+    };
+    const Case cases[] = {
+        {R"( "a\"b" x)", true, R"(a\"b)", 7}, {R"("")", true, "", 2},
+        {R"( "a\" ")", true, R"(a\" )", 7}, // a value cannot end in a backslash
+        {R"( "abc\")", false, "-", 1},        {R"( x"a")", false, "-", 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        Scanner scanner(c.text);
+        XN_String value("-");
+        EXPECT_EQ(scanner.ReadDoubleQuotedString(value, 2, true), c.result);
+        EXPECT_EQ(Text(value), c.value);
+        EXPECT_EQ(scanner.GetPosition(), c.position);
+    }
+}
+
+TEST(XN_Text_Scanner, FindTextMovesByTheNeedlesByteLength) {
+    Scanner scanner("xéy é");
+    EXPECT_EQ(scanner.FindText("é", 0, true, XN_String::Encoding_UTF8), 1);
+    EXPECT_EQ(scanner.GetPosition(), 3u) << "two UTF-8 bytes, one unit";
+    EXPECT_EQ(scanner.FindText("é", 2, false, XN_String::Encoding_UTF8), 4);
+    EXPECT_EQ(scanner.FindText("é", 5, true, XN_String::Encoding_UTF8), -1) << "from past the end";
+    EXPECT_EQ(scanner.GetPosition(), 3u);
+    EXPECT_EQ(scanner.FindText("", 0, true), -1);
+    EXPECT_EQ(scanner.FindText(nullptr, 0, true), -1);
+    EXPECT_EQ(scanner.GetPosition(), 3u);
+    EXPECT_EQ(scanner.FindText("*/", 0, true), -1);
+    EXPECT_EQ(scanner.GetPosition(), 5u) << "no match moves to the end";
+    EXPECT_EQ(scanner.FindText("é", 4, true, XN_String::Encoding_UTF8), 4);
+    EXPECT_EQ(scanner.GetPosition(), 5u) << "clamped to the end";
+}
+
+TEST(XN_Text_Scanner, CommentSkippingQuirks) {
+    Scanner passed("  /* c */  x");
+    EXPECT_EQ(passed.SkipSpacesTabsEOLsComments(false), 11u);
+    EXPECT_EQ(passed.GetPosition(), 9u) << "passing a comment moves the position even without advance";
+
+    Scanner unterminated("ab /* x");
+    unterminated.ReadToken(0, true);
+    EXPECT_EQ(unterminated.SkipSpacesTabsEOLsComments(false), 1u) << "the scan restarts at index 1";
+    EXPECT_EQ(unterminated.GetPosition(), 7u);
+    unterminated.ReadToken(0, true);
+    unterminated.FindText("ab", 0, true);
+    EXPECT_EQ(unterminated.SkipSpacesTabsEOLsComments(true), 1u);
+    EXPECT_EQ(unterminated.GetPosition(), 1u);
+
+    Scanner twice("  /* x");
+    EXPECT_EQ(twice.SkipSpacesTabsEOLsComments(true), 6u) << "the same comment met again ends the scan";
+}
+
+TEST(XN_Text_Scanner, EmptyAndGarbageTextsAreHarmless) {
+    XN_Text_Scanner empty;
+    empty.Set(XN_String());
+    EXPECT_EQ(Text(empty.ReadLine(true, true)), "<null>");
+    EXPECT_EQ(Text(empty.ReadToken(3, true)), "<null>");
+    XN_String value;
+    EXPECT_FALSE(empty.ReadDoubleQuotedString(value, 3, true));
+    EXPECT_EQ(empty.FindText("a", 0, true), -1);
+
+    std::mt19937 random(4);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<unsigned short> units(random() % 40 + 1);
+        for (unsigned short& unit : units)
+            unit = static_cast<unsigned short>("/*\" \\\n\r-09a\0"[random() % 13] +
+                                               (random() % 7 == 0 ? 0xD800 : 0));
+        XN_Text_Scanner scanner;
+        scanner.Set(XN_String(units.data(), static_cast<unsigned int>(units.size())));
+        long number = 0;
+        for (int step = 0; step < 20; ++step) {
+            scanner.ReadLong(number, static_cast<short>(step % 4), true);
+            scanner.ReadDoubleQuotedString(value, 3, step % 2 == 0);
+            scanner.ReadToken(static_cast<short>(step % 5), true);
+            scanner.ReadLine(step % 3 == 0, true);
+            ASSERT_LE(scanner.GetPosition(), scanner.GetLength());
+        }
+    }
+}
+
+} // namespace
