@@ -86,7 +86,10 @@ GSErrCode MenuItemCall(Host::Impl& s, API_InterfaceID code, const API_MenuItemRe
 
 bool CopyString(const char* call, short resID, short index, GSResModule module, std::string* text) {
     Host::Impl* s = ForResources(call);
-    if (s == nullptr || module != achost::kOwnResModule)
+    if (s == nullptr)
+        return false;
+    ++s->stringReads;
+    if (module != achost::kOwnResModule)
         return false;
     const auto found = s->resources.String(resID, index);
     if (found)

@@ -273,6 +273,9 @@ bool Host::BuiltInLibraryRegistered() const {
 const ResourceSet& Host::Resources() const {
     return impl->resources;
 }
+int Host::ResourceStringReads() const {
+    return impl->stringReads;
+}
 const std::vector<std::string>& Host::Violations() const {
     return impl->violations;
 }

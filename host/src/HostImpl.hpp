@@ -49,6 +49,7 @@ struct Host::Impl {
     bool keepInMemory = false;
     bool builtInLibrary = false;
     int loadCount = 0;
+    int stringReads = 0;
     std::string name, description;
     std::map<short, Menu> menus;
     std::map<short, APIMenuCommandProc*> handlers;

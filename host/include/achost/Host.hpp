@@ -84,6 +84,9 @@ public:
     // "Design > Design Extras" for MenuCode_Extras, and so on.
     static std::string PositionName(APIMenuCodeID position);
 
+    // How many ACAPI_Resource_* string reads the add-on made since Start.
+    int ResourceStringReads() const;
+
     // Every call made in a wrong state since Start, as reported to onViolation.
     const std::vector<std::string>& Violations() const;
 

@@ -1,0 +1,79 @@
+#include "XN_Menu.hpp"
+
+#include "ACAPinc.h"
+#include "XN_Language.hpp"
+#include "XN_Resource.hpp"
+
+#include <cstring>
+
+namespace {
+
+constexpr short kLanguageMenuCount = 7;
+
+// The command of one item. About, Language, the update commands and Information open dialogs and
+// services that are wired in here as they are built; until then their items do nothing.
+void RunCommand(Int32 item) {
+    switch (item) {
+    case kMenuItem_About:
+    case kMenuItem_Language:
+    case kMenuItem_UpdateNow:
+    case kMenuItem_AutoUpdate:
+    case kMenuItem_Information:
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+GSErrCode XN_Menu_SetText(short menuResID, int itemIndex, const XN_String& text) {
+    API_MenuItemRef ref;
+    std::memset(&ref, 0, sizeof ref);
+    ref.menuResID = menuResID;
+    ref.itemIndex = itemIndex;
+    GS::UniString unicode =
+        text.GetBuffer() != nullptr ? GS::UniString(text.GetBuffer(), text.GetLength()) : GS::UniString();
+    return ACAPI_Interface(APIIo_SetMenuItemTextID, &ref, nullptr, &unicode);
+}
+
+void MenuUpdate() {
+    for (short menu = 0; menu < kLanguageMenuCount; ++menu)
+        for (int item = 1; item <= XN_MENU_ITEM_COUNT; ++item)
+            XN_Menu_SetText(
+                static_cast<short>(XN_MENU_BASE + menu), item,
+                XN_Resource_GetString(static_cast<short>(XN_RES_MENU_TEXTS + gXN_Language), item, true));
+}
+
+void MenuCommandHandler(const API_MenuParams* params, const short& menuID) {
+    // False at load, true once the first command of this host run has completed.
+    static bool firstTime = false;
+    if (params->menuItemRef.menuResID != menuID)
+        return;
+    ACAPI_KeepInMemory(true);
+    if (!firstTime) {
+        XN_Language_Read(true);
+        gXN_AskLanguage = false;
+    }
+    const Int32 item = params->menuItemRef.itemIndex;
+    RunCommand(item);
+    gXN_AskLanguage = false;
+    if (!firstTime) {
+        // The automatic update check runs here, once per host run, unless the first command was the
+        // manual one; it is wired in with the update service. Its modal dialogs may deliver another
+        // command, which then has set firstTime already.
+        firstTime = true;
+    }
+}
+
+#define XN_MENU_HANDLER(name, menuID)                                                                        \
+    GSErrCode name(const API_MenuParams* params) {                                                           \
+        MenuCommandHandler(params, menuID);                                                                  \
+        return NoError;                                                                                      \
+    }
+
+XN_MENU_HANDLER(MenuCommandHandler_ITA, 32500)
+XN_MENU_HANDLER(MenuCommandHandler_INT, 32501)
+XN_MENU_HANDLER(MenuCommandHandler_FRA, 32502)
+XN_MENU_HANDLER(MenuCommandHandler_GER, 32503)
+XN_MENU_HANDLER(MenuCommandHandler_ESP, 32504)
+XN_MENU_HANDLER(MenuCommandHandler_JAP, 32505)

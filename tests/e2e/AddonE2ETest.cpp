@@ -1,0 +1,142 @@
+// The real add-on in the real host: through the C++ driver, and through the achost program.
+#include "achost/ElfFile.hpp"
+#include "achost/Host.hpp"
+#include "achost/SharedFolder.hpp"
+
+#include "TempFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+namespace {
+
+class AddonTest : public xn_test::TempFolderTest {
+protected:
+    void SetUp() override {
+        achost::SetSharedFolder(temp.PathOf("Shared"));
+        options.onViolation = [](const std::string& message) {
+            ADD_FAILURE() << "add-on error: " << message;
+        };
+    }
+    void TearDown() override {
+        achost::SetSharedFolder("");
+        xn_test::TempFolderTest::TearDown();
+    }
+    achost::HostOptions options;
+};
+
+TEST_F(AddonTest, ExportsExactlyTheFourEntryPoints) {
+    achost::ElfFile file;
+    std::string error;
+    ASSERT_TRUE(file.Open(MORAVEL_LIBRARY, &error)) << error;
+    const std::vector<std::string> expected = {"CheckEnvironment", "FreeData", "Initialize",
+                                               "RegisterInterface"};
+    EXPECT_EQ(expected, file.Exports());
+}
+
+TEST_F(AddonTest, RegistersItselfAndItsLibrary) {
+    achost::Host host(options);
+    std::string error;
+    ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+    EXPECT_EQ("MoravelLibrary", host.AddonName());
+    EXPECT_EQ("MoravelLibrary 19.0 (AC190)", host.AddonDescription());
+    EXPECT_TRUE(host.BuiltInLibraryRegistered());
+    ASSERT_NE(nullptr, host.RegisteredMenu());
+    EXPECT_EQ(32501, host.RegisteredMenu()->resID);
+    EXPECT_EQ(MenuCode_Extras, host.RegisteredMenu()->position);
+    EXPECT_EQ(7u, host.Menus().size());
+}
+
+TEST_F(AddonTest, AnotherHostKindIsNotRegistered) {
+    options.hostKind = 1;
+    achost::Host host(options);
+    std::string error;
+    EXPECT_FALSE(host.Start(MORAVEL_LIBRARY, &error));
+    EXPECT_EQ(MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0", error);
+}
+
+// Until a command of its own menu keeps it, the add-on is unloaded after each command; the Russian
+// menu has no handler, so choosing its items keeps nothing.
+TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
+    achost::Host host(options);
+    std::string error;
+    ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+    const struct {
+        short menu;
+        Int32 item;
+        bool loadedAfter;
+        int loads;
+    } steps[] = {{32506, 1, false, 1},
+                 {32506, 6, false, 2},
+                 {32501, 2, true, 3},
+                 {32501, 6, true, 3},
+                 {32506, 3, true, 3}};
+    int step = 0;
+    for (const auto& s : steps) {
+        SCOPED_TRACE("step " + std::to_string(++step));
+        ASSERT_TRUE(host.ChooseMenuItem(s.menu, s.item, &error)) << error;
+        EXPECT_EQ(s.loadedAfter, host.IsLoaded());
+        EXPECT_EQ(s.loads, host.LoadCount());
+    }
+}
+
+class AchostProgramTest : public xn_test::TempFolderTest {
+protected:
+    // Runs achost with no terminal; returns its exit code and what it printed on both streams.
+    int Run(const std::string& arguments, std::string* output) {
+        const std::string command = std::string(ACHOST_PROGRAM) + " --shared-folder " +
+                                    temp.PathOf("Shared") + " " + arguments + " </dev/null 2>&1";
+        FILE* pipe = popen(command.c_str(), "r");
+        char buffer[4096];
+        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
+            *output += buffer;
+        return WEXITSTATUS(pclose(pipe));
+    }
+};
+
+TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
+    const std::string noAddon = temp.PathOf("none.so");
+    const struct {
+        const char* name;
+        std::string arguments;
+        int exitCode;
+        std::string output;
+    } cases[] = {
+        {"wrong expectation", "--script " E2E_DIR "/failing/wrong_expectation.acs " MORAVEL_LIBRARY, 1,
+         E2E_DIR
+         "/failing/wrong_expectation.acs:4: expected menu 32501 item 1 \"About Something Else...\", saw "
+         "\"About MoravelLibrary...\"\n"},
+        {"unknown verb", "--script " E2E_DIR "/failing/unknown_verb.acs " MORAVEL_LIBRARY, 2,
+         E2E_DIR "/failing/unknown_verb.acs:2: unknown verb 'jump' (help lists the actions)\n"},
+        {"missing script", "--script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, 2,
+         temp.PathOf("no.acs") + ":0: cannot read the script\n"},
+        {"missing add-on", noAddon, 2, "achost: cannot read " + noAddon + "\n"},
+        {"not an add-on", ACHOST_API_LIBRARY, 2,
+         "achost: " ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, "
+         "RegisterInterface, Initialize, FreeData\n"},
+        {"another host kind", "--host-kind 1 " MORAVEL_LIBRARY, 2,
+         "achost: " MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0\n"},
+        {"unknown option", "--fast", 2,
+         "usage: achost [--shared-folder DIR] [--host-kind N] [--script FILE] [ADDON]\n"
+         "       achost --list-menus [ADDON]\n"},
+        {"good script", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, 0, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string output;
+        EXPECT_EQ(c.exitCode, Run(c.arguments, &output));
+        EXPECT_EQ(c.output, output);
+    }
+}
+
+TEST_F(AchostProgramTest, QuitsCleanlyWhenInputEnds) {
+    std::string output;
+    EXPECT_EQ(0, Run(MORAVEL_LIBRARY, &output));
+    EXPECT_EQ(0u,
+              output.find("MoravelLibrary - MoravelLibrary 19.0 (AC190)\nmenu 32501 \"MoravelLibrary\" in "
+                          "Design > Design Extras\n  1 [ ] About MoravelLibrary...\n"))
+        << output;
+}
+
+} // namespace

@@ -1,0 +1,53 @@
+// A test add-on built on the shell's library: its menu items run the shell's functions inside a real
+// host, with inputs the test chooses, and show the results as item texts.
+#include "ACAPinc.h"
+#include "ResourceCases.hpp"
+#include "XN_Language.hpp"
+#include "XN_Menu.hpp"
+#include "XN_Resource.hpp"
+
+#include <cstring>
+
+namespace {
+
+constexpr short kProbeMenu = 32500;
+
+// Calls the shell's dispatcher as the International menu's handler would, with any menu and item.
+void SendCommand(short menuResID, Int32 itemIndex) {
+    API_MenuParams params;
+    std::memset(&params, 0, sizeof params);
+    params.menuItemRef.menuResID = menuResID;
+    params.menuItemRef.itemIndex = itemIndex;
+    MenuCommandHandler(&params, 32501);
+}
+
+GSErrCode ProbeMenu(const API_MenuParams* params) {
+    const Int32 item = params->menuItemRef.itemIndex;
+    if (item <= kResourceCaseCount) {
+        const ResourceCase& c = kResourceCases[item - 1];
+        gXN_Language = c.language;
+        const XN_String text = XN_Resource_GetString(c.resID, c.index, c.localized);
+        gXN_Language = 1;
+        XN_Menu_SetText(kProbeMenu, item, text);
+    } else {
+        SendCommand(item == kResourceCaseCount + 1 ? 32502 : 32501, item == kResourceCaseCount + 1 ? 1 : 7);
+    }
+    return NoError;
+}
+
+} // namespace
+
+#define EXPORT extern "C" __attribute__((visibility("default")))
+
+EXPORT API_AddonType CheckEnvironment(API_EnvirParams*) {
+    return APIAddon_Normal;
+}
+EXPORT GSErrCode RegisterInterface() {
+    return ACAPI_Register_Menu(kProbeMenu, 0, MenuCode_Extras, 0);
+}
+EXPORT GSErrCode Initialize() {
+    return ACAPI_Install_MenuHandler(kProbeMenu, ProbeMenu);
+}
+EXPORT GSErrCode FreeData() {
+    return NoError;
+}
