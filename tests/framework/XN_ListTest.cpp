@@ -1,6 +1,8 @@
 // XN_List: element order under insertion and deletion, resizing, search, element lifetimes (an
 // instrumented element type), lock state, and the inert list left by a failed reallocation.
 #include "XN_List.hpp"
+#include "XN_Location.hpp"
+#include "XN_String.hpp"
 #include "achost/Faults.hpp"
 
 #include <gtest/gtest.h>
@@ -286,6 +288,41 @@ TEST_F(XN_ListTest, ElementAccessRejectsIndicesOutsideTheList) {
     EXPECT_EQ(value, -1);
     ASSERT_NE(list.GetPtr(1), nullptr);
     EXPECT_EQ(*list.GetPtr(1), 5);
+}
+
+} // namespace
+
+namespace {
+
+// Lists of strings and locations, the element types that own memory in the system.
+TEST_F(XN_ListTest, CopiedStringListsAreIndependent) {
+    XN_List<XN_String> original;
+    for (const char* text : {"alpha", "", "gamma"})
+        original.AddData(XN_String(text), -1);
+    original.AddData(XN_String(), 1);
+    XN_List<XN_String> copy(original);
+    original[0].SetCharAt(0, 'A');
+    original.DeleteData(2);
+    original.AddData(XN_String("delta"), 0);
+
+    const char* expected[] = {"alpha", nullptr, "", "gamma"};
+    ASSERT_EQ(copy.count, 4);
+    for (long i = 0; i < copy.count; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(copy[i].IsNull(), expected[i] == nullptr);
+        EXPECT_STREQ(copy[i].IsNull() ? nullptr : copy[i].ToCStr().Get(), expected[i]);
+    }
+}
+
+TEST_F(XN_ListTest, LocationListsSurviveMovesAndFailures) {
+    XN_List<XN_Location> list;
+    for (const char* path : {"/a/", "/b", "/c/d"})
+        list.AddData(XN_Location(XN_String(path)), 0);
+    EXPECT_STREQ(list[0].ToCStr().Get(), "/c/d");
+    EXPECT_STREQ(list[2].ToCStr().Get(), "/a");
+    achost::FailReallocation(1);
+    list.AddData(XN_Location(XN_String("/e")), -1);
+    EXPECT_EQ(list.count, 0) << "the strings of the lost block are released, not leaked";
 }
 
 } // namespace
