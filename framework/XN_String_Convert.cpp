@@ -451,6 +451,23 @@ bool EndsEarly(Encoding from, const char* src, long srcBytes, Encoding to, char*
     return true;
 }
 
+// Index of the first 0 unit among `n` units, or `n`. Scans blocks of fixed size first, which the
+// compiler turns into vector code: long strings are scanned on every conversion to bytes.
+std::size_t FirstZeroUnit(const unsigned short* units, std::size_t n) {
+    constexpr std::size_t kBlock = 32;
+    std::size_t i = 0;
+    for (; i + kBlock <= n; i += kBlock) {
+        unsigned int zeros = 0;
+        for (std::size_t j = 0; j < kBlock; ++j)
+            zeros |= units[i + j] == 0;
+        if (zeros != 0)
+            break;
+    }
+    while (i < n && units[i] != 0)
+        ++i;
+    return i;
+}
+
 // The units of `s` a conversion of (start, count) reads: count 0 means up to the first 0 unit.
 // Indices past the end read nothing.
 PlatformText UnitsOf(const XN_String& s, unsigned int start, unsigned int count) {
@@ -460,8 +477,7 @@ PlatformText UnitsOf(const XN_String& s, unsigned int start, unsigned int count)
     const unsigned short* units = s.GetBuffer() + start;
     unsigned int rest = s.GetLength() - start;
     if (count == 0)
-        while (count < rest && units[count] != 0)
-            ++count;
+        count = static_cast<unsigned int>(FirstZeroUnit(units, rest));
     text.units = reinterpret_cast<const char16_t*>(units);
     text.count = count < rest ? count : rest;
     return text;

@@ -13,12 +13,12 @@ XN_String Piece(const XN_String& s, unsigned int start, unsigned int end) {
     return end > start ? s.Substring(start, end - start) : XN_String();
 }
 
-// Length of the line end at `i` (CR LF, LF or a lone CR), 0 when there is none.
+// Length of the line end at `i` < length (CR LF, LF or a lone CR), 0 when there is none.
 unsigned int LineEndLength(const XN_String& s, unsigned int i) {
-    unsigned short c = s.UCharAt(i);
-    if (c == '\r')
-        return s.UCharAt(i + 1) == '\n' && i + 1 < s.GetLength() ? 2 : 1;
-    return c == '\n' ? 1 : 0;
+    const unsigned short* units = s.GetBuffer();
+    if (units[i] == '\r')
+        return i + 1 < s.GetLength() && units[i + 1] == '\n' ? 2 : 1;
+    return units[i] == '\n' ? 1 : 0;
 }
 
 } // namespace
