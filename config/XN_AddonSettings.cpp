@@ -17,6 +17,9 @@ struct Store {
     bool loaded = false;
 };
 
+// An empty UTF-16 text.
+const unsigned short kNoUnits[1] = {0};
+
 Store sAddonSettings;
 Store sAllAddonsSettings;
 
@@ -38,7 +41,8 @@ long Find(Store& store, const XN_String& key) {
 
 } // namespace
 
-XN_Setting::XN_Setting() : key(""), value("") {}
+// Both texts start as the empty string (not the null string).
+XN_Setting::XN_Setting() : key(kNoUnits), value(kNoUnits) {}
 
 XN_Setting::XN_Setting(const XN_String& key, const XN_String& value) : key(key), value(value) {}
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -25,15 +26,18 @@ void AppendBytes(const XN_String& text, std::string& image) {
 // As AppendBytes, with "#" after every line break (CR LF counts as one).
 void AppendValueBytes(const XN_String& value, std::string& image) {
     const XN_CString bytes = value.ToCStr(XN_String::Encoding_SystemDefault);
-    const char* p = bytes.Get();
-    if (p == nullptr)
+    const char* run = bytes.Get();
+    if (run == nullptr)
         return;
-    for (; *p != 0; ++p) {
-        image += *p;
+    for (const char* p = run; *p != 0; ++p) {
         const bool lineBreak = *p == kLF || (*p == kCR && p[1] != kLF);
-        if (lineBreak)
+        if (lineBreak) {
+            image.append(run, p + 1 - run);
             image += kContinuation;
+            run = p + 1;
+        }
     }
+    image.append(run);
 }
 
 // Length of the line break at p (2 for CR LF, 1 for LF or a lone CR), 0 when there is none.
@@ -49,8 +53,9 @@ void AppendDecoded(XN_String& text, const char* bytes, unsigned long count) {
                                       XN_String::Encoding_SystemDefault, true);
 }
 
-// Parses one record at `pos`. Returns 1 with `pos` at the next record, 0 when the image ends inside
-// the record (dropped), -1 when the record is malformed (`pos` at the offending byte).
+// Parses one record at `pos` into `record`, whose value must be empty. Returns 1 with `pos` at the next
+// record, 0 when the image ends inside the record (dropped), -1 when the record is malformed (`pos` at the
+// offending byte).
 int ParseRecord(const char* bytes, unsigned long size, unsigned long& pos, XN_Setting& record) {
     if (bytes[pos] != kRecordStart || pos + 1 >= size)
         return -1;
@@ -59,13 +64,11 @@ int ParseRecord(const char* bytes, unsigned long size, unsigned long& pos, XN_Se
     if (colon == nullptr || colon == keyStart)
         return -1;
     const unsigned long keyLength = static_cast<const char*>(colon) - keyStart;
-    record.key = "";
-    AppendDecoded(record.key, keyStart, keyLength);
+    record.key = XN_String(keyStart, static_cast<unsigned int>(keyLength), XN_String::Encoding_SystemDefault);
     // The byte after ":" is skipped whatever it is.
     unsigned long segment = pos + 1 + keyLength + 2;
     unsigned long scan = segment;
     bool afterContinuation = false;
-    record.value = "";
     for (;;) {
         while (scan < size && LineBreakAt(bytes + scan) == 0)
             ++scan;
@@ -136,7 +139,7 @@ bool XN_SettingsFile_ParseImage(const char* bytes, unsigned long size, XN_List<X
         }
         if (result == 0)
             break;
-        records.AddData(record, -1);
+        records.AddData(std::move(record), -1);
     }
     return true;
 }
