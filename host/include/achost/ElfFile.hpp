@@ -12,7 +12,13 @@ namespace achost {
 
 class GS_HOST_EXPORT ElfFile {
 public:
-    // Reads the whole file; false with a message when it cannot be read or is not a 64-bit ELF file.
+    ElfFile() = default;
+    ~ElfFile();
+    ElfFile(const ElfFile&) = delete;
+    ElfFile& operator=(const ElfFile&) = delete;
+
+    // Maps the file (only the parts read are brought in); false with a message when it cannot be
+    // read or is not a 64-bit ELF file.
     bool Open(const std::string& path, std::string* error);
 
     // The bytes of the section called `name`; false when there is none.
@@ -26,7 +32,10 @@ private:
     };
     bool FindSection(const std::string& name, Span* span, UInt32* link = nullptr) const;
 
-    std::string bytes;
+    void Unmap();
+
+    const char* bytes = nullptr;
+    size_t size = 0;
 };
 
 } // namespace achost
