@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
+using xn_test::ExpectRows;
 using xn_test::FromUtf8;
 using xn_test::Show;
 
@@ -23,15 +25,8 @@ std::string Terminated(std::string bytes, std::size_t zeros) {
     return bytes.append(zeros, '\0');
 }
 
-struct EncodingCase {
-    const char* name;
-    XN_String::Encoding encoding;
-    std::string bytes;   // kMixed in that encoding, "?" for what it cannot hold
-    std::string decoded; // those bytes read back
-    std::size_t terminator;
-};
-
-const EncodingCase kEncodings[] = {
+// name, encoding, kMixed in it ("?" for what it cannot hold), those bytes read back, terminator size
+const std::tuple<const char*, XN_String::Encoding, std::string, std::string, std::size_t> kEncodings[] = {
     {"UTF-7", E::Encoding_UTF7, "+AOkgrCEiTi3YPd4A-", kMixed, 1},
     {"UTF-8", E::Encoding_UTF8, "\xC3\xA9\xE2\x82\xAC\xE2\x84\xA2\xE4\xB8\xAD\xF0\x9F\x98\x80", kMixed, 1},
     {"UTF-16", E::Encoding_UTF16, std::string("\xE9\0\xAC\x20\x22\x21\x2D\x4E\x3D\xD8\0\xDE", 12), kMixed, 2},
@@ -49,91 +44,67 @@ const EncodingCase kEncodings[] = {
 
 TEST(XN_StringConvert, EveryEncodingBothWays) {
     XN_String text = FromUtf8(kMixed);
-    for (const EncodingCase& c : kEncodings) {
-        SCOPED_TRACE(c.name);
-        XN_CString out = text.ToCStr(c.encoding);
-        EXPECT_EQ(Bytes(out), Terminated(c.bytes, c.terminator));
-        EXPECT_EQ(out.GetEncoding(), c.encoding);
-        EXPECT_EQ(XN_String::XN_StringToCStringLenBytes(c.encoding, text), static_cast<long>(c.bytes.size()));
-        XN_String back(c.bytes.data(), static_cast<unsigned int>(c.bytes.size()), c.encoding);
-        EXPECT_EQ(Show(back), c.decoded);
+    for (const auto& [name, encoding, bytes, decoded, terminator] : kEncodings) {
+        SCOPED_TRACE(name);
+        XN_CString out = text.ToCStr(encoding);
+        EXPECT_EQ(Bytes(out), Terminated(bytes, terminator));
+        EXPECT_EQ(out.GetEncoding(), encoding);
+        EXPECT_EQ(XN_String::XN_StringToCStringLenBytes(encoding, text), static_cast<long>(bytes.size()));
+        XN_String back(bytes.data(), static_cast<unsigned int>(bytes.size()), encoding);
+        EXPECT_EQ(Show(back), decoded);
         EXPECT_EQ(back.GetCapacity(), back.GetLength() + 1);
     }
 }
 
 TEST(XN_StringConvert, ResultCodesOfTheEngine) {
     char dst[64];
-    const char* text = "a中b";
-    struct Case {
-        const char* name;
-        XN_String::Encoding from;
-        const char* src;
-        long srcBytes;
-        XN_String::Encoding to;
-        long dstBytes; // -1: measuring call
-        bool terminator;
-        bool lossy;
-        std::int64_t expected;
-    } cases[] = {
-        {"no source", E::Encoding_UTF8, nullptr, 3, E::Encoding_UTF8, 8, true, true, -3},
-        {"unknown source encoding", E::Encoding_Unknown, text, 0, E::Encoding_UTF8, -1, true, true, -4},
-        {"unsupported source encoding", E::Encoding_Unsupported, text, 0, E::Encoding_UTF8, -1, true, true,
-         -4},
-        {"unknown destination encoding", E::Encoding_UTF8, text, 0, E::Encoding_Unknown, -1, true, true, -5},
-        {"unreadable source", E::Encoding_UTF8, "\xC3(", 2, E::Encoding_UTF16, -1, true, true, -1},
-        {"ASCII source with a high byte", E::Encoding_ASCII, "a\x80", 2, E::Encoding_UTF8, -1, true, true,
-         -1},
-        {"measure, lossy", E::Encoding_UTF8, text, 0, E::Encoding_ISOLatin1, -1, true, true, 4},
-        {"measure, to UTF-32", E::Encoding_UTF8, text, 5, E::Encoding_UTF32, -1, true, true, 16},
-        {"measure, no terminator", E::Encoding_UTF8, text, 5, E::Encoding_UTF16BE, -1, false, true, 6},
-        {"convert, lossy", E::Encoding_UTF8, text, 0, E::Encoding_ISOLatin1, 4, true, true, 4},
-        {"strict, unmappable later", E::Encoding_UTF8, text, 0, E::Encoding_ISOLatin1, 64, true, false, -2},
-        {"strict, unmappable first", E::Encoding_UTF8, text + 1, 0, E::Encoding_ISOLatin1, 64, true, false,
-         -1},
-        {"strict into UTF-8", E::Encoding_UTF8, text, 0, E::Encoding_UTF8, 64, true, false, 6},
-        {"too small", E::Encoding_UTF8, text, 0, E::Encoding_UTF8, 3, true, true, -2},
-        {"no room for the terminator", E::Encoding_UTF8, "abc", 3, E::Encoding_ASCII, 3, true, true, -2},
-        {"not even one character fits", E::Encoding_UTF8, text, 0, E::Encoding_UTF32, 3, true, true, -1},
-        {"empty source, terminator", E::Encoding_UTF8, "", 0, E::Encoding_UTF32BE, 4, true, true, 4},
-        {"empty source, measured", E::Encoding_UTF16, "\0\0", 0, E::Encoding_UTF16, -1, true, true, 2},
-        {"empty source, no terminator", E::Encoding_UTF8, "", 0, E::Encoding_UTF16, -1, false, true, 0},
-        {"empty source, no room", E::Encoding_UTF8, "", 0, E::Encoding_UTF16, 1, true, true, -2},
-        {"empty text with a byte count", E::Encoding_UTF8, "", -1, E::Encoding_UTF8, -1, true, true, -1},
-        {"value 7 is the system default", static_cast<XN_String::Encoding>(7), "ab", 2, E::Encoding_UTF8, 8,
-         false, true, 2},
+    // dstBytes -1: a measuring call (no destination).
+    auto convert = [&dst](E::Encoding from, const char* src, long srcBytes, E::Encoding to, long dstBytes,
+                          bool terminator, bool lossy) {
+        return XN_String::ConvertChangeEncoding(from, src, srcBytes, to, dstBytes < 0 ? nullptr : dst,
+                                                dstBytes, terminator, lossy);
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        dst[0] = 'x';
-        char* target = c.dstBytes < 0 ? nullptr : dst;
-        EXPECT_EQ(XN_String::ConvertChangeEncoding(c.from, c.src, c.srcBytes, c.to, target, c.dstBytes,
-                                                   c.terminator, c.lossy),
-                  c.expected);
-        if (c.src == nullptr) {
-            EXPECT_EQ(dst[0], 0);
-        }
-    }
-}
-
-TEST(XN_StringConvert, ConvertedBytesAndTerminators) {
-    char dst[16];
-    ASSERT_EQ(XN_String::ConvertChangeEncoding(E::Encoding_UTF8, "a中b", 0, E::Encoding_WindowsLatin1, dst, 4,
-                                               true, true),
-              4);
+    const char* text = "a中b";
+    const E::Encoding utf8 = E::Encoding_UTF8, latin1 = E::Encoding_ISOLatin1;
+    ExpectRows<std::int64_t>({
+        {"no source", convert(utf8, nullptr, 3, utf8, 8, true, true), -3},
+        {"unknown source encoding", convert(E::Encoding_Unknown, text, 0, utf8, -1, true, true), -4},
+        {"unsupported source encoding", convert(E::Encoding_Unsupported, text, 0, utf8, -1, true, true), -4},
+        {"unknown destination encoding", convert(utf8, text, 0, E::Encoding_Unknown, -1, true, true), -5},
+        {"unreadable source", convert(utf8, "\xC3(", 2, E::Encoding_UTF16, -1, true, true), -1},
+        {"ASCII source with a high byte", convert(E::Encoding_ASCII, "a\x80", 2, utf8, -1, true, true), -1},
+        {"measure, lossy", convert(utf8, text, 0, latin1, -1, true, true), 4},
+        {"measure, to UTF-32", convert(utf8, text, 5, E::Encoding_UTF32, -1, true, true), 16},
+        {"measure, no terminator", convert(utf8, text, 5, E::Encoding_UTF16BE, -1, false, true), 6},
+        {"convert, lossy", convert(utf8, text, 0, latin1, 4, true, true), 4},
+        {"strict, unmappable later", convert(utf8, text, 0, latin1, 64, true, false), -2},
+        {"strict, unmappable first", convert(utf8, text + 1, 0, latin1, 64, true, false), -1},
+        {"strict into UTF-8", convert(utf8, text, 0, utf8, 64, true, false), 6},
+        {"too small", convert(utf8, text, 0, utf8, 3, true, true), -2},
+        {"no room for the terminator", convert(utf8, "abc", 3, E::Encoding_ASCII, 3, true, true), -2},
+        {"not even one character fits", convert(utf8, text, 0, E::Encoding_UTF32, 3, true, true), -1},
+        {"empty source, terminator", convert(utf8, "", 0, E::Encoding_UTF32BE, 4, true, true), 4},
+        {"empty source, measured", convert(E::Encoding_UTF16, "\0\0", 0, E::Encoding_UTF16, -1, true, true),
+         2},
+        {"empty source, no terminator", convert(utf8, "", 0, E::Encoding_UTF16, -1, false, true), 0},
+        {"empty source, no room", convert(utf8, "", 0, E::Encoding_UTF16, 1, true, true), -2},
+        {"empty text with a byte count", convert(utf8, "", -1, utf8, -1, true, true), -1},
+        {"value 7 is the system default", convert(static_cast<E::Encoding>(7), "ab", 2, utf8, 8, false, true),
+         2},
+    });
+    dst[0] = 'x';
+    EXPECT_EQ(convert(utf8, nullptr, 0, utf8, 8, true, true), -3);
+    EXPECT_EQ(dst[0], 0);
+    ASSERT_EQ(convert(utf8, text, 0, E::Encoding_WindowsLatin1, 4, true, true), 4);
     EXPECT_EQ(std::string(dst, 4), std::string("a?b\0", 4));
-    ASSERT_EQ(XN_String::ConvertChangeEncoding(E::Encoding_ASCII, "hi", 0, E::Encoding_UTF16BE, dst, 16, true,
-                                               false),
-              6);
-    EXPECT_EQ(std::string(dst, 6), std::string("\0h\0i\0\0", 6));
 }
 
 TEST(XN_StringConvert, Utf32ValuesOutsideUnicodeBecomeReplacementCharacters) {
     const char32_t units[] = {0x1F600, 0xD800, 0x110000, 0x10FFFF, 'a', 0};
     XN_String s(reinterpret_cast<const char*>(units), 20, E::Encoding_UTF32);
-    const unsigned short expected[] = {0xD83D, 0xDE00, 0xFFFD, 0xFFFD, 0xDBFF, 0xDFFF, 'a'};
-    ASSERT_EQ(s.GetLength(), 7u);
-    for (unsigned int i = 0; i < 7; ++i)
-        EXPECT_EQ(s.UCharAt(i), expected[i]) << "unit " << i;
+    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(s.GetBuffer()), s.GetLength()),
+              u"\xD83D\xDE00\xFFFD\xFFFD\xDBFF\xDFFF"
+              u"a");
     XN_String upToZero(reinterpret_cast<const char*>(units + 4), 0, E::Encoding_UTF32);
     EXPECT_EQ(Show(upToZero), "a");
 }
@@ -174,33 +145,22 @@ TEST(XN_StringConvert, FailedReadLeavesTheStringUnchanged) {
 TEST(XN_StringConvert, PartsOfAStringToBytes) {
     const unsigned short units[] = {'a', 'b', 'c', 0, 'd'};
     XN_String s(units, 5);
-    struct Case {
-        const char* name;
-        XN_String source;
-        unsigned int start;
-        unsigned int count;
-        std::string expected;
-    } cases[] = {
-        {"middle", s, 1, 2, std::string("bc\0", 3)},
-        {"count 0 stops at a 0 unit", s, 0, 0, std::string("abc\0", 4)},
-        {"count past the end", s, 4, 9, std::string("d\0", 2)},
-        {"start past the end", s, 9, 1, std::string("\0", 1)},
-        {"null string", XN_String(), 0, 0, std::string("\0", 1)},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    auto part = [](const XN_String& source, unsigned start, unsigned count, E::Encoding enc) {
         char* out = nullptr;
         unsigned int bytes = 99;
-        ASSERT_TRUE(
-            XN_String::XN_StringToCString(&out, bytes, E::Encoding_ASCII, c.source, c.start, c.count));
-        EXPECT_EQ(std::string(out, bytes), c.expected);
+        bool done = XN_String::XN_StringToCString(&out, bytes, enc, source, start, count);
+        std::string result = done ? std::string(out, bytes) : (out == nullptr && bytes == 0 ? "failed" : "?");
         delete[] out;
-    }
-    char* out = nullptr;
-    unsigned int bytes = 99;
-    EXPECT_FALSE(XN_String::XN_StringToCString(&out, bytes, E::Encoding_Unknown, s, 0, 0));
-    EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(bytes, 0u);
+        return result;
+    };
+    ExpectRows<std::string>({
+        {"middle", part(s, 1, 2, E::Encoding_ASCII), std::string("bc\0", 3)},
+        {"count 0 stops at a 0 unit", part(s, 0, 0, E::Encoding_ASCII), std::string("abc\0", 4)},
+        {"count past the end", part(s, 4, 9, E::Encoding_ASCII), std::string("d\0", 2)},
+        {"start past the end", part(s, 9, 1, E::Encoding_ASCII), std::string("\0", 1)},
+        {"null string", part(XN_String(), 0, 0, E::Encoding_UTF16), std::string("\0\0", 2)},
+        {"unknown encoding", part(s, 0, 0, E::Encoding_Unknown), "failed"},
+    });
     EXPECT_EQ(XN_String::XN_StringToCStringLenBytes(E::Encoding_Unknown, s), -1);
     EXPECT_EQ(XN_String::XN_StringToCStringLenBytes(E::Encoding_ISOLatin1, FromUtf8("a中")), 2);
     XN_CString reused = s.ToCStr(E::Encoding_UTF32);

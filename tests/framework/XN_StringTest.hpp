@@ -6,7 +6,10 @@
 
 #include <unicode/ustring.h>
 
+#include <gtest/gtest.h>
+
 #include <clocale>
+#include <initializer_list>
 #include <string>
 
 namespace xn_test {
@@ -36,6 +39,22 @@ inline XN_String FromUtf8(const std::string& utf8) {
     units.resize(static_cast<std::size_t>(length) + 1);
     units[static_cast<std::size_t>(length)] = u'\0';
     return XN_String(reinterpret_cast<const unsigned short*>(units.data()));
+}
+
+// One row of a table of cases: its name, what the operation gave and what it should give.
+template <class T>
+struct Row {
+    const char* name;
+    T actual;
+    T expected;
+};
+
+template <class T>
+void ExpectRows(std::initializer_list<Row<T>> rows) {
+    for (const Row<T>& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.actual, row.expected);
+    }
 }
 
 // Switches LC_ALL for the scope of a test and restores the previous locale.
