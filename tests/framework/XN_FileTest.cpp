@@ -50,10 +50,9 @@ TEST_F(XN_FileTest, ResultCodesOfRealFailures) {
 }
 
 TEST_F(XN_FileTest, HostErrorsMapToResultCodes) {
-    const std::pair<GSErrCode, int> cases[] = {
-        {IO::File::AccessDenied, 2},   {IO::File::FileNotFound, 3}, {IO::File::CreationError, 4},
-        {GS::IChannel::EndOfInput, 5}, {IO::File::NotAFile, 6},     {ErrIO, 6},
-    };
+    const std::pair<GSErrCode, int> cases[] = {{IO::File::AccessDenied, 2},  {IO::File::FileNotFound, 3},
+                                               {IO::File::CreationError, 4}, {GS::IChannel::EndOfInput, 5},
+                                               {IO::File::NotAFile, 6},      {ErrIO, 6}};
     TempFolder::Write(temp.PathOf("f"), "abc");
     for (const auto& [code, result] : cases) {
         SCOPED_TRACE(code);
@@ -71,10 +70,11 @@ TEST_F(XN_FileTest, TextRoundTripsInEveryUnicodeForm) {
     // does not survive that form.
     const XN_String text = Utf8("Grüße, 𝄞 and €");
     const XN_String lessLast = Utf8("Grüße, 𝄞 and ");
-    const std::pair<E::Encoding, const XN_String*> cases[] = {
-        {E::Encoding_UTF8, &text},      {E::Encoding_UTF16, &text},   {E::Encoding_UTF16BE, &text},
-        {E::Encoding_UTF32, &lessLast}, {E::Encoding_UTF32BE, &text},
-    };
+    const std::pair<E::Encoding, const XN_String*> cases[] = {{E::Encoding_UTF8, &text},
+                                                              {E::Encoding_UTF16, &text},
+                                                              {E::Encoding_UTF16BE, &text},
+                                                              {E::Encoding_UTF32, &lessLast},
+                                                              {E::Encoding_UTF32BE, &text}};
     for (const auto& [encoding, expected] : cases) {
         for (bool bom : {false, true}) {
             SCOPED_TRACE(std::to_string(encoding) + (bom ? " with mark" : ""));
@@ -114,8 +114,7 @@ TEST_F(XN_FileTest, TrailingZeroBytesAreNeverWritten) {
         {"UTF-32 loses the last high bytes", Utf8("Aé"), E::Encoding_UTF32, false,
          std::string("A\0\0\0\xE9", 5)},
         {"a zero character at the end", XN_String(endsInZero, 2), E::Encoding_UTF8, false, "a"},
-        {"the null string", XN_String(), E::Encoding_UTF8, false, ""},
-    };
+        {"the null string", XN_String(), E::Encoding_UTF8, false, ""}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         XN_File file;
@@ -152,11 +151,9 @@ TEST_F(XN_FileTest, BinaryReads) {
         unsigned long sizeAfter;
         std::string bytes;
     };
-    const Case cases[] = {
-        {"whole file", 0, 0, 0, 10, "0123456789"},
-        {"slice", 3, 2, 0, 3, "234"},
-        {"whole file from an offset runs past the end", 0, 4, 5, 0, "456789"},
-    };
+    const Case cases[] = {{"whole file", 0, 0, 0, 10, "0123456789"},
+                          {"slice", 3, 2, 0, 3, "234"},
+                          {"whole file from an offset runs past the end", 0, 4, 5, 0, "456789"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         char buffer[16] = {};

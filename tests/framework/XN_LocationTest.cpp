@@ -103,8 +103,7 @@ TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
          {"A.TXT", "b.txt", "f.d/readme", "f.d/x.d", "readme", "sub/c.txt", "sub/deep/d.TxT"}},
         {"dot in a folder name is no extension", {"d"}, true, {"f.d/x.d"}},
         {"empty extension", {""}, true, {"f.d/readme", "readme"}},
-        {"several", {"D", "TXT"}, true, {"A.TXT", "b.txt", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"}},
-    };
+        {"several", {"D", "TXT"}, true, {"A.TXT", "b.txt", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"}}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         XN_List<XN_String> filter;

@@ -54,12 +54,10 @@ TEST(XN_Text_Scanner, ReadLineSplitsAtEveryLineEnd) {
         bool withEOL;
         std::vector<std::string> lines;
     };
-    const Case cases[] = {
-        {"a\r\nb\rc\n", false, {"a", "b", "c", "<null>"}},
-        {"a\r\nb\rc\n", true, {"a\r\n", "b\r", "c\n", "<null>"}},
-        {"\n\nx", false, {"", "", "x", "<null>"}},
-        {"x\n\r", false, {"x", "", "<null>"}},
-    };
+    const Case cases[] = {{"a\r\nb\rc\n", false, {"a", "b", "c", "<null>"}},
+                          {"a\r\nb\rc\n", true, {"a\r\n", "b\r", "c\n", "<null>"}},
+                          {"\n\nx", false, {"", "", "x", "<null>"}},
+                          {"x\n\r", false, {"x", "", "<null>"}}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         Scanner scanner(c.text);
@@ -91,11 +89,11 @@ TEST(XN_Text_Scanner, DoubleQuotedStrings) {
         const char* value; // "-": unchanged
         unsigned long position;
     };
-    const Case cases[] = {
-        {R"( "a\"b" x)", true, R"(a\"b)", 7}, {R"("")", true, "", 2},
-        {R"( "a\" ")", true, R"(a\" )", 7}, // a value cannot end in a backslash
-        {R"( "abc\")", false, "-", 1},        {R"( x"a")", false, "-", 1},
-    };
+    const Case cases[] = {{R"( "a\"b" x)", true, R"(a\"b)", 7},
+                          {R"("")", true, "", 2},
+                          {R"( "a\" ")", true, R"(a\" )", 7}, // a value cannot end in a backslash
+                          {R"( "abc\")", false, "-", 1},
+                          {R"( x"a")", false, "-", 1}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         Scanner scanner(c.text);

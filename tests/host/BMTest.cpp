@@ -54,13 +54,11 @@ TEST_F(BMTest, ReallocationKeepsTheLeadingBytes) {
         GSFlags flags;
         std::string expected;
     };
-    const Case cases[] = {
-        {"shrink", 2, 0, "ab"},
-        {"to zero", 0, 0, ""},
-        {"same size", 4, 0, "abcd"},
-        {"grow and clear the new bytes", 6, REALLOC_CLEAR, std::string("abcd\0\0", 6)},
-        {"full clear", 3, REALLOC_FULLCLEAR, std::string(3, '\0')},
-    };
+    const Case cases[] = {{"shrink", 2, 0, "ab"},
+                          {"to zero", 0, 0, ""},
+                          {"same size", 4, 0, "abcd"},
+                          {"grow and clear the new bytes", 6, REALLOC_CLEAR, std::string("abcd\0\0", 6)},
+                          {"full clear", 3, REALLOC_FULLCLEAR, std::string(3, '\0')}};
     for (bool moveAlways : {false, true}) {
         achost::MoveBlocksOnEveryReallocation(moveAlways);
         for (const Case& c : cases) {

@@ -37,10 +37,11 @@ TEST(IOLocation, LastNameOperations) {
         const char* afterDelete;
         const char* afterSetToX;
     };
-    const Case cases[] = {
-        {"/a/b/c", "c", "/a/b", "/a/b/x"}, {"/a/b/", "b", "/a", "/a/x"}, {"/a", "a", "/", "/x"},
-        {"c", "c", "<error>", "x"},        {"/", nullptr, "/", "/"},
-    };
+    const Case cases[] = {{"/a/b/c", "c", "/a/b", "/a/b/x"},
+                          {"/a/b/", "b", "/a", "/a/x"},
+                          {"/a", "a", "/", "/x"},
+                          {"c", "c", "<error>", "x"},
+                          {"/", nullptr, "/", "/"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.path);
         IO::Location location(c.path);
@@ -60,20 +61,6 @@ TEST(IOLocation, LastNameOperations) {
     EXPECT_EQ(IO::Location().ToPath(&text), GSErrCode(IO::Location::ResolveError));
 }
 
-TEST(IOName, BaseAndExtension) {
-    const std::vector<std::vector<const char*>> cases = {{"a.txt", "a", "txt"},
-                                                         {"a.b.TXT", "a.b", "TXT"},
-                                                         {"readme", "readme", ""},
-                                                         {".profile", ".profile", ""},
-                                                         {"a.", "a", ""}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c[0]);
-        IO::Name name(c[0]);
-        EXPECT_EQ(name.GetBase().ToUTF8(), c[1]);
-        EXPECT_EQ(name.GetExtension().ToUTF8(), c[2]);
-    }
-}
-
 bool Collect(const IO::Folder&, const IO::Name& name, bool isFolder, void* entries) {
     static_cast<std::vector<std::string>*>(entries)->push_back(NameText(name) + (isFolder ? "/" : ""));
     return NameText(name) != "stop";
@@ -91,12 +78,10 @@ TEST_F(IOTest, EnumerationIsSortedAndFiltered) {
         UInt32 filter;
         std::vector<std::string> expected;
     };
-    const Case cases[] = {
-        {IO::Folder::FilterFiles | IO::Folder::FilterFolders,
-         {"A.txt", "b.txt", "c", "d.dir/", "link/", "stop"}},
-        {IO::Folder::FilterFolders, {"d.dir/", "link/"}},
-        {IO::Folder::FilterFiles, {"A.txt", "b.txt", "c", "stop"}},
-    };
+    const Case cases[] = {{IO::Folder::FilterFiles | IO::Folder::FilterFolders,
+                           {"A.txt", "b.txt", "c", "d.dir/", "link/", "stop"}},
+                          {IO::Folder::FilterFolders, {"d.dir/", "link/"}},
+                          {IO::Folder::FilterFiles, {"A.txt", "b.txt", "c", "stop"}}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.filter);
         std::vector<std::string> entries;
@@ -135,13 +120,11 @@ TEST_F(IOTest, FileConstructionChecksOrCreates) {
         GSErrCode status;
         bool existsAfter;
     };
-    const Case cases[] = {
-        {"missing", IO::File::Fail, IO::File::FileNotFound, false},
-        {"created", IO::File::Create, NoError, true},
-        {"dir", IO::File::Create, IO::File::NotAFile, true},
-        {"nofolder/f", IO::File::Create, IO::File::CreationError, false},
-        {"nofolder/f", IO::File::Fail, IO::File::FileNotFound, false},
-    };
+    const Case cases[] = {{"missing", IO::File::Fail, IO::File::FileNotFound, false},
+                          {"created", IO::File::Create, NoError, true},
+                          {"dir", IO::File::Create, IO::File::NotAFile, true},
+                          {"nofolder/f", IO::File::Create, IO::File::CreationError, false},
+                          {"nofolder/f", IO::File::Fail, IO::File::FileNotFound, false}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(IO::File(At(c.name), c.onNotFound).GetStatus(), c.status);
@@ -155,13 +138,11 @@ TEST_F(IOTest, OpenModesDecideWhereBytesGo) {
         GSErrCode writeResult;
         std::string content;
     };
-    const Case cases[] = {
-        {IO::File::ReadMode, IO::File::AccessDenied, "hello"},
-        {IO::File::WriteMode, NoError, "XYllo"},
-        {IO::File::WriteEmptyMode, NoError, "XY"},
-        {IO::File::ReadWriteMode, NoError, "XYllo"},
-        {IO::File::AppendMode, NoError, "helloXY"},
-    };
+    const Case cases[] = {{IO::File::ReadMode, IO::File::AccessDenied, "hello"},
+                          {IO::File::WriteMode, NoError, "XYllo"},
+                          {IO::File::WriteEmptyMode, NoError, "XY"},
+                          {IO::File::ReadWriteMode, NoError, "XYllo"},
+                          {IO::File::AppendMode, NoError, "helloXY"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.mode);
         TempFolder::Write(temp.PathOf("f"), "hello");
@@ -245,12 +226,10 @@ TEST_F(IOTest, InjectedFaultsFailOneCallWithTheirCode) {
              return IO::File(l).GetDataLength(&n);
          }},
         {"folder status", Op::FolderStatus, [](const IO::Location& l) { return IO::Folder(l).GetStatus(); }},
-        {"location", Op::LocationToPath,
-         [](const IO::Location& l) {
+        {"location", Op::LocationToPath, [](const IO::Location& l) {
              GS::UniString s;
              return l.ToPath(&s);
-         }},
-    };
+         }}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         achost::FailFileOperation(c.operation, code);
