@@ -64,29 +64,25 @@ TEST_F(LanguageTest, ReloadReadsTheSharedFileAgain) {
     EXPECT_EQ(1, gXN_Language);
 }
 
-TEST_F(LanguageTest, WriteStoresTheSuffixAndKeepsTheOldNumber) {
-    XN_AddonSettings_LoadSetSave(kOwn, "Language", "0", true);
-    gXN_Language = 3;
-    XN_Language_Write();
-    EXPECT_EQ("$Language: 0\n$Language_str: ger\n", ReadPlain(OwnPath()));
-    EXPECT_EQ(3, gXN_Language);
-}
-
-TEST_F(LanguageTest, WriteFallsBackOnlyInMemory) {
+// Writing stores the suffix, leaves an old numeric record in place, and falls back only in memory.
+TEST_F(LanguageTest, WritesTheSuffix) {
     struct Case {
         const char* name;
+        bool oldNumber; // an old "Language" record is stored first
         short language;
         const char* stored;
         short after;
     } cases[] = {
-        {"unsupported language is stored as chosen", 5, "$Language_str: jap\n", 1},
-        {"index past the table", 7, "$Language_str: int\n", 1},
-        {"negative index", -3, "$Language_str: int\n", 1},
-        {"Italian", 0, "$Language_str: ita\n", 0},
+        {"German beside the old number", true, 3, "$Language: 0\n$Language_str: ger\n", 3},
+        {"unsupported language is stored as chosen", false, 5, "$Language_str: jap\n", 1},
+        {"index past the table", false, 7, "$Language_str: int\n", 1},
+        {"negative index", false, -3, "$Language_str: int\n", 1},
+        {"Italian", false, 0, "$Language_str: ita\n", 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         XN_AddonSettings_Clear(kOwn);
+        XN_AddonSettings_Set(kOwn, "Language", "0", c.oldNumber);
         gXN_Language = c.language;
         XN_Language_Write();
         EXPECT_EQ(c.stored, ReadPlain(OwnPath()));

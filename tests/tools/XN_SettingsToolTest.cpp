@@ -143,16 +143,6 @@ TEST_F(SettingsToolTest, EveryCommandHasHelp) {
     EXPECT_EQ(2, Run({}).exitCode);
 }
 
-TEST_F(SettingsToolTest, WhatItWritesTheAddOnReads) {
-    ASSERT_EQ(0, Run({"set", File(), "Message", "é\r\nü"}).exitCode);
-    XN_List<XN_Setting> records;
-    bool exists = false;
-    ASSERT_EQ(XN_SettingsFile_OK,
-              XN_SettingsFile_Read(XN_Location(XN_String(File().c_str())), records, &exists, nullptr));
-    ASSERT_EQ(1, records.GetCount());
-    EXPECT_TRUE(records[0].value == XN_String("é\r\nü", XN_String::Encoding_UTF8));
-}
-
 TEST_F(SettingsToolTest, ConcurrentWritersNeverLeaveAnUnreadableFile) {
     ASSERT_EQ(0, Run({"set", File(), "start", "0"}).exitCode);
     const std::string tool = XN_SETTINGS_TOOL;
