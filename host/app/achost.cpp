@@ -1,11 +1,4 @@
-// achost: loads an add-on into the host and lets a person, or a script, use it.
-//
-//   achost [--shared-folder DIR] [ADDON]                  interactive session on the terminal
-//   achost [--shared-folder DIR] --script FILE [ADDON]    scripted session; exit 0 when every expectation
-//   held achost --list-menus [ADDON]                           prints every menu the add-on defined
-//
-// Without ADDON the MoravelLibrary.so beside this program is loaded. Exit codes: 0 success, 1 a
-// script expectation failed, 2 bad arguments, an add-on that cannot run or a malformed script.
+// achost: loads an add-on into the host and lets a person, or a script, use it (see kHelp).
 #include "achost/FrontEnd.hpp"
 #include "achost/SharedFolder.hpp"
 
@@ -16,12 +9,35 @@
 
 namespace {
 
-const char kUsage[] = "usage: achost [--shared-folder DIR] [--host-kind N] [--script FILE] [ADDON]\n"
-                      "       achost --list-menus [ADDON]\n";
+const char kUsage[] =
+    "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
+    "              [--script FILE] [ADDON]\n"
+    "       achost --list-menus [ADDON]\n"
+    "       achost --help\n";
+
+const char kHelp[] =
+    "\n"
+    "Loads the add-on ADDON (default: MoravelLibrary.so beside achost) into the host and runs a session:\n"
+    "on the terminal (type help for the actions), or from a script file with --script.\n"
+    "\n"
+    "  --shared-folder DIR   the host's shared folder (default $XDG_DATA_HOME/achost/Shared)\n"
+    "  --host-kind N         the kind of host application the add-on is told about (default 0)\n"
+    "  --command DEVID:LOCALID:CMD[:VERSION]\n"
+    "                        another add-on, identified by its developer and local IDs (decimal), answers\n"
+    "                        the four-character command CMD up to VERSION (default 1), as\n"
+    "                        ACAPI_Command_Test reports; repeatable. In a script: command DEVID LOCALID "
+    "\"CMD\"\n"
+    "  --script FILE         run the actions and expectations of FILE, one per line\n"
+    "  --list-menus          print every menu the add-on defined and stop\n"
+    "\n"
+    "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
+    "2 bad arguments, an add-on that cannot run or a malformed script.\n";
 
 struct Arguments {
     std::string addon, script, sharedFolder;
     bool listMenus = false;
+    bool help = false;
+    std::vector<achost::DeclaredCommand> commands;
     API_ApplicationTypeID hostKind = APIAppl_ArchiCADID;
 };
 
@@ -43,6 +59,13 @@ bool ParseArguments(int argc, char** argv, Arguments* args) {
             args->sharedFolder = argv[++i];
         else if (arg == "--host-kind" && hasValue)
             args->hostKind = std::atoi(argv[++i]);
+        else if (arg == "--command" && hasValue) {
+            achost::DeclaredCommand command;
+            if (!achost::ParseDeclaredCommand(argv[++i], &command))
+                return false;
+            args->commands.push_back(command);
+        } else if (arg == "--help")
+            args->help = true;
         else if (arg == "--list-menus")
             args->listMenus = true;
         else if (arg[0] != '-' && args->addon.empty())
@@ -77,10 +100,15 @@ int main(int argc, char** argv) {
         std::cerr << kUsage;
         return 2;
     }
+    if (args.help) {
+        std::cout << kUsage << kHelp;
+        return 0;
+    }
     if (!args.sharedFolder.empty())
         achost::SetSharedFolder(args.sharedFolder);
     achost::HostOptions options;
     options.hostKind = args.hostKind;
+    options.commands = args.commands;
     achost::Host host(options);
     std::string error;
     if (!host.Start(args.addon, &error)) {

@@ -61,10 +61,21 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Interface(API_InterfaceID code, void
 
 // The add-on's own resource module; valid while the add-on is registered.
 GS_HOST_EXPORT GSResModule __ACENV_CALL ACAPI_GetOwnResModule(void);
-// The add-on's own file. Returns APIERR_BADPARS for null, APIERR_NOTINIT when not known.
+// The add-on's own file, as an absolute location. Returns APIERR_BADPARS for null, APIERR_NOTINIT
+// when not known.
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_GetOwnLocation(IO::Location* ownFileLoc);
-// Fills the host's kind, version, build number and language.
+// Fills the host's kind (0, the CAD application), version (ServerMainVers_1900, release 1), build
+// number and language. Callable at any time, even with no host running.
 GS_HOST_EXPORT void __ACENV_CALL ACAPI_GetReleaseNumber(API_ServerApplicationInfo* serverApplicationInfo);
+
+// Add-on communication (any entry point) ----------------------------------------------------------
+
+// Asks whether the add-on identified by mdid is installed and answers command cmdID at version
+// cmdVersion. NoError when it does; APIERR_MODULNOTINSTALLED when no such add-on is there,
+// APIERR_MODULCMDNOTSUPPORTED when it does not know the command, APIERR_MODULCMDVERSNOTSUPPORTED
+// when it knows only older versions, APIERR_BADPARS for a null mdid.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Command_Test(const API_ModulID* mdid, GSType cmdID,
+                                                         Int32 cmdVersion);
 
 // Copies string `index` (1-based) of 'STR#' resID of resModule into str as NUL-terminated UTF-16;
 // str must hold the string and its terminator. False, and str untouched, when the list or the

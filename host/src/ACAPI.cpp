@@ -2,6 +2,8 @@
 // the add-on's current state, and serves it from the host's state.
 #include "HostImpl.hpp"
 
+#include "Location.hpp"
+
 #include <cstring>
 #include <iostream>
 
@@ -22,8 +24,7 @@ Host::Impl* Running(const char* call) {
 }
 
 Host::Impl* Allowed(const char* call, std::initializer_list<Phase> phases) {
-    Host::Impl* s = Running(call);
-    return s != nullptr && s->Allow(call, phases) ? s : nullptr;
+    return achost::RunningHost(call, phases);
 }
 
 // Resource calls are allowed whenever the add-on runs any of its code.
@@ -103,6 +104,11 @@ namespace achost {
 Host::Impl* HostAccess::Of(Host& host) {
     return host.impl.get();
 }
+
+Host::Impl* RunningHost(const char* call, std::initializer_list<Phase> phases) {
+    Host::Impl* s = Running(call);
+    return s != nullptr && s->Allow(call, phases) ? s : nullptr;
+}
 } // namespace achost
 
 GSErrCode ACAPI_Register_Menu(short menuStrResID, short promptStrResID, APIMenuCodeID menuPosCode,
@@ -172,7 +178,33 @@ GSErrCode ACAPI_GetOwnLocation(IO::Location* ownFileLoc) {
     Host::Impl* s = ForResources("ACAPI_GetOwnLocation");
     if (s == nullptr)
         return APIERR_NOTINIT;
-    return ownFileLoc == nullptr ? APIERR_BADPARS : APIERR_NOTSUPPORTED;
+    if (ownFileLoc == nullptr)
+        return APIERR_BADPARS;
+    if (s->ownPath.empty())
+        return APIERR_NOTINIT;
+    *ownFileLoc = IO::Location(s->ownPath.c_str());
+    return NoError;
+}
+
+GSErrCode ACAPI_Command_Test(const API_ModulID* mdid, GSType cmdID, Int32 cmdVersion) {
+    Host::Impl* s = ForResources("ACAPI_Command_Test");
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    if (mdid == nullptr)
+        return APIERR_BADPARS;
+    GSErrCode result = APIERR_MODULNOTINSTALLED;
+    for (const achost::DeclaredCommand& declared : s->options.commands) {
+        if (declared.module.developerID != mdid->developerID || declared.module.localID != mdid->localID)
+            continue;
+        if (declared.command != cmdID) {
+            result = result == APIERR_MODULNOTINSTALLED ? APIERR_MODULCMDNOTSUPPORTED : result;
+            continue;
+        }
+        if (declared.version >= cmdVersion)
+            return NoError;
+        result = APIERR_MODULCMDVERSNOTSUPPORTED;
+    }
+    return result;
 }
 
 void ACAPI_GetReleaseNumber(API_ServerApplicationInfo* serverApplicationInfo) {

@@ -36,6 +36,7 @@ const Form kForms[] = {
     {Verb::AnswerFolder, "answer folder \"PATH\"|cancel"},
     {Verb::ExpectOpened, "expect opened \"TEXT\""},
     {Verb::WaitDownload, "wait download"},
+    {Verb::Command, "command DEVID LOCALID \"CMD\""},
 };
 
 struct Token {
@@ -74,7 +75,7 @@ bool Tokenize(const std::string& text, std::vector<Token>* tokens, std::string* 
                 ++i;
             token.text = text.substr(start, i - start);
             const bool digits = token.text.find_first_not_of("0123456789") == std::string::npos;
-            if (digits && token.text.size() <= 9) {
+            if (digits && token.text.size() <= 10) { // every 32-bit identifier
                 token.kind = Token::Number;
                 token.number = std::stoll(token.text);
             }

@@ -4,6 +4,8 @@
 
 #include <dlfcn.h>
 
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -122,6 +124,7 @@ void Host::Impl::Close() {
 void Host::Impl::Unload() {
     if (handle == nullptr)
         return;
+    CloseAllDialogs();
     phase = Phase::FreeData;
     entries.freeData();
     handlers.clear();
@@ -129,6 +132,7 @@ void Host::Impl::Unload() {
 }
 
 Host::Host(HostOptions options) : impl(std::make_unique<Impl>(std::move(options))) {
+    impl->session.host = this;
     if (sCurrent != nullptr)
         impl->Violation("achost::Host: a second host was created while another one is running");
     sCurrent = this;
@@ -147,8 +151,12 @@ Host* Host::Current() {
 bool Host::Start(const std::string& path, std::string* error) {
     Quit();
     Impl& s = *impl;
+    Session session = s.session; // the options and the session outlive a host run
     s = Impl(std::move(s.options));
+    s.session = session;
     s.path = path;
+    char absolute[PATH_MAX];
+    s.ownPath = realpath(path.c_str(), absolute) != nullptr ? absolute : "";
     ElfFile file;
     if (!file.Open(path, error))
         return false;
@@ -235,8 +243,11 @@ bool Host::ChooseMenuItem(short menuResID, Int32 itemIndex, std::string* error) 
         handler->second(&params);
         s.phase = Phase::Idle;
     }
-    if (!s.keepInMemory)
+    if (!s.keepInMemory) {
+        if (!s.dialogs.empty())
+            s.Violation("ACAPI_KeepInMemory: the add-on left a dialog open and was not kept in memory");
         s.Unload();
+    }
     return true;
 }
 
@@ -278,6 +289,45 @@ int Host::ResourceStringReads() const {
 }
 const std::vector<std::string>& Host::Violations() const {
     return impl->violations;
+}
+
+void Host::DeclareCommand(const DeclaredCommand& command) {
+    impl->options.commands.push_back(command);
+}
+
+bool ParseDeclaredCommand(const std::string& text, DeclaredCommand* result) {
+    unsigned long long developer = 0, local = 0;
+    long version = 1;
+    char command[5] = {};
+    int used = 0;
+    const int fields = std::sscanf(text.c_str(), "%llu:%llu:%4c%n:%ld%n", &developer, &local, command, &used,
+                                   &version, &used);
+    const bool complete = (fields == 3 || fields == 4) && static_cast<size_t>(used) == text.size();
+    if (!complete || developer > 0xFFFFFFFFull || local > 0xFFFFFFFFull || std::strlen(command) != 4 ||
+        version < 1 || text[0] == '-')
+        return false;
+    result->module.developerID = static_cast<GSType>(developer);
+    result->module.localID = static_cast<GSType>(local);
+    result->command = (GSType(UInt8(command[0])) << 24) | (GSType(UInt8(command[1])) << 16) |
+                      (GSType(UInt8(command[2])) << 8) | GSType(UInt8(command[3]));
+    result->version = static_cast<Int32>(version);
+    return true;
+}
+
+std::vector<const Dialog*> Host::Dialogs() const {
+    std::vector<const Dialog*> result;
+    for (const auto& entry : impl->dialogs)
+        result.push_back(&entry.second->view);
+    return result;
+}
+
+const Dialog* Host::FrontDialog() const {
+    const OpenDialog* front = impl->Front();
+    return front != nullptr ? &front->view : nullptr;
+}
+
+const Alert* Host::OpenAlert() const {
+    return impl->alert ? &*impl->alert : nullptr;
 }
 
 std::vector<const Menu*> Host::Menus() const {

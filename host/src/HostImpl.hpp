@@ -2,9 +2,13 @@
 #pragma once
 
 #include "ACAPinc.h"
+#include "achost/Action.hpp"
+#include "achost/Dialogs.hpp"
 #include "achost/Host.hpp"
 
 #include <map>
+#include <memory>
+#include <optional>
 
 namespace achost {
 
@@ -16,6 +20,22 @@ struct EntryPoints {
     GSErrCode (*registerInterface)() = nullptr;
     GSErrCode (*initialize)() = nullptr;
     GSErrCode (*freeData)() = nullptr;
+};
+
+// A dialog while it is open: what the user sees, and how the host reaches the add-on about it.
+struct OpenDialog {
+    Dialog view;
+    bool modal = false;
+    bool closing = false; // DG_MSG_CLOSE is being sent: a second close is ignored
+};
+
+// Who answers while the host waits for the user. Outlives host runs: a script's `reload` goes on
+// with the same front end.
+struct Session {
+    Host* host = nullptr;
+    FrontEnd* frontEnd = nullptr;
+    bool ended = false;  // quit, the end of input, or the front end stopped after a failure
+    bool failed = false; // the front end stopped after a failure
 };
 
 struct Host::Impl {
@@ -41,6 +61,7 @@ struct Host::Impl {
 
     HostOptions options;
     std::string path;
+    std::string ownPath; // `path` made absolute, for ACAPI_GetOwnLocation
     void* handle = nullptr;
     EntryPoints entries;
     ResourceSet resources;
@@ -54,12 +75,69 @@ struct Host::Impl {
     std::map<short, Menu> menus;
     std::map<short, APIMenuCommandProc*> handlers;
     std::vector<std::string> violations;
+    Session session;
+
+    // Dialogs and alerts (host/src/DGManager.cpp) ------------------------------------------------
+
+    // The open dialog `dialId`; null, reported with `call`, when there is none.
+    OpenDialog* FindDialog(const char* call, short dialId);
+    // Item `item` of the open dialog; null, reported, when either does not exist.
+    DialogItem* FindItem(const char* call, short dialId, short item);
+    // The same for an item that must be a list box.
+    DialogItem* FindList(const char* call, short dialId, short item);
+    // Builds and opens the dialog of 'GDLG' resId and sends DG_MSG_INIT; its ID, or 0 (reported).
+    short Open(const char* call, GSResModule module, short resId, DGDialCallBack callback,
+               DGUserData userData, bool modal);
+    // Sends a message to the dialog's callback; its answer (0 when the dialog is gone).
+    short Send(short dialId, short message, short item, DGMessageData data = 0);
+    // Sends DG_MSG_CLOSE with `item` and forgets the dialog.
+    void Close(short dialId, short item);
+    // Closes every open dialog (innermost first), as when the add-on is unloaded.
+    void CloseAllDialogs();
+    // The user's click and selection: the messages they send and what their answers do.
+    void Click(short dialId, short item);
+    void Select(short dialId, short item, short row);
+    void CloseBox(short dialId);
+    // Waits for the user until the modal dialog closes; returns the item it closed with.
+    short RunModal(short dialId);
+    // Shows the alert and waits until it is dismissed; returns the button pressed.
+    short RunAlert(Alert shown);
+    // The dialog the user acts on: the innermost modal one, else the newest visible modeless one.
+    OpenDialog* Front();
+
+    std::map<short, std::unique_ptr<OpenDialog>> dialogs;
+    std::vector<short> modalStack;        // open modal dialogs, innermost last
+    std::map<short, short> closedDialogs; // modal dialogs closed, with their item, until RunModal ends
+    short nextDialogId = 1;
+    std::optional<Alert> alert;
+    short alertAnswer = 0;
+
+    // Sessions (host/src/Session.cpp) -----------------------------------------------------------
+
+    // Waits for one action and carries it out; false when the session has ended.
+    bool Step();
+    // Carries out one action in the state the host is in; false with what was seen instead.
+    bool Perform(const Action& action, std::string* message);
 };
 
 // Gives the interface functions the running host's state.
 struct HostAccess {
     static Host::Impl* Of(Host& host);
 };
+
+// The running host's state, with `call` allowed in one of `phases`; null (reported) otherwise.
+Host::Impl* RunningHost(const char* call, std::initializer_list<Phase> phases);
+
+// Dialog and alert actions of a session (host/src/DialogActions.cpp): false with what was seen
+// instead, or why the action is not possible.
+bool IsDialogVerb(Verb verb);
+bool PerformOnDialog(Host::Impl& s, const Action& action, std::string* message);
+bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message);
+// `text` in double quotes, with quotes and backslashes escaped as in a script.
+std::string Quoted(const std::string& text);
+
+// Turns the main run loop once without waiting (host/src/RunLoop.cpp).
+void TurnRunLoop();
 
 // The resource module handle the add-on receives for its own resources.
 constexpr GSResModule kOwnResModule = 1;

@@ -1,3 +1,5 @@
+// Sessions: the host's idle loop, the menu actions, and the front ends that supply actions.
+#include "HostImpl.hpp"
 #include "achost/FrontEnd.hpp"
 
 #include <fstream>
@@ -5,14 +7,14 @@
 
 namespace achost {
 
-namespace {
-
 std::string Quoted(const std::string& text) {
     std::string quoted = "\"";
     for (char c : text)
         quoted += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
     return quoted + "\"";
 }
+
+namespace {
 
 std::string MenuName(Int64 resID) {
     return "menu " + std::to_string(resID);
@@ -65,9 +67,8 @@ bool ExpectRegistered(const Host& host, const Action& action, std::string* messa
     return false;
 }
 
-} // namespace
-
-bool Perform(Host& host, const Action& action, std::string* message) {
+// The menu and session verbs, while no modal dialog or alert is open.
+bool PerformOnMenus(Host& host, const Action& action, std::string* message) {
     switch (action.verb) {
     case Verb::Menu:
         return host.ChooseMenuItem(static_cast<Int32>(action.numbers[0]), message);
@@ -82,24 +83,71 @@ bool Perform(Host& host, const Action& action, std::string* message) {
         return ExpectRegistered(host, action, message);
     case Verb::Reload:
         return host.Reload(message);
-    case Verb::Quit:
-    case Verb::Help:
-        return true;
     default:
-        *message = "'" + action.source + "' needs an open dialog, and none is open";
+        *message = "'" + action.source + "' is not possible here";
         return false;
     }
 }
 
-bool RunSession(Host& host, FrontEnd& frontEnd) {
-    Action action;
-    while (frontEnd.NextAction(host, &action) && action.verb != Verb::Quit) {
-        std::string message;
-        const bool ok = Perform(host, action, &message);
-        if (!frontEnd.Outcome(action, ok, message))
+} // namespace
+
+bool Host::Impl::Perform(const Action& action, std::string* message) {
+    Host& host = *session.host;
+    if (action.verb == Verb::Quit || action.verb == Verb::Help)
+        return true;
+    if (action.verb == Verb::Command) {
+        DeclaredCommand declared;
+        const std::string text = std::to_string(action.numbers[0]) + ":" + std::to_string(action.numbers[1]) +
+                                 ":" + action.texts[0];
+        if (!ParseDeclaredCommand(text, &declared)) {
+            *message = "a command is four characters and the identifiers are 32-bit numbers";
             return false;
+        }
+        host.DeclareCommand(declared);
+        return true;
+    }
+    if (alert || action.verb == Verb::ExpectAlert || action.verb == Verb::Ok)
+        return PerformOnAlert(*this, action, message);
+    if (IsDialogVerb(action.verb))
+        return PerformOnDialog(*this, action, message);
+    if (!modalStack.empty()) {
+        *message = "'" + action.source + "' is not possible while dialog " +
+                   std::to_string(dialogs.at(modalStack.back())->view.resID) + " is open";
+        return false;
+    }
+    return PerformOnMenus(host, action, message);
+}
+
+bool Host::Impl::Step() {
+    TurnRunLoop();
+    Action action;
+    FrontEnd* frontEnd = session.frontEnd;
+    if (session.ended || frontEnd == nullptr || !frontEnd->NextAction(*session.host, &action) ||
+        action.verb == Verb::Quit) {
+        session.ended = true;
+        return false;
+    }
+    std::string message;
+    const bool ok = Perform(action, &message);
+    if (!frontEnd->Outcome(action, ok, message)) {
+        session.ended = session.failed = true;
+        return false;
     }
     return true;
+}
+
+bool Perform(Host& host, const Action& action, std::string* message) {
+    return HostAccess::Of(host)->Perform(action, message);
+}
+
+bool RunSession(Host& host, FrontEnd& frontEnd) {
+    Session& session = HostAccess::Of(host)->session;
+    session.frontEnd = &frontEnd;
+    session.ended = session.failed = false;
+    while (HostAccess::Of(host)->Step()) {
+    }
+    session.frontEnd = nullptr;
+    return !session.failed;
 }
 
 void WriteMenu(std::ostream& out, const Menu& menu) {
@@ -150,18 +198,45 @@ bool ScriptFrontEnd::Outcome(const Action& action, bool ok, const std::string& m
     return ok;
 }
 
+bool DriverFrontEnd::Add(const std::string& line, std::string* error) {
+    Action action;
+    std::string problem;
+    const ParseResult result = ParseAction(line, &action, &problem);
+    if (error != nullptr)
+        *error = problem;
+    if (result != ParseResult::Parsed)
+        return false;
+    action.file = "driver";
+    action.line = static_cast<int>(actions.size()) + 1;
+    actions.push_back(action);
+    return true;
+}
+
+bool DriverFrontEnd::NextAction(const Host& host, Action* action) {
+    if (onWait)
+        onWait(host);
+    return ScriptFrontEnd::NextAction(host, action);
+}
+
 bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
     const Menu* menu = host.RegisteredMenu();
-    if (menu != nullptr)
+    const Dialog* dialog = host.FrontDialog();
+    if (host.OpenAlert() != nullptr)
+        WriteAlert(out, *host.OpenAlert());
+    else if (menu != nullptr && (dialog == nullptr || dialog->kind != DialogKind::Modal))
         WriteMenu(out, *menu);
+    if (host.OpenAlert() == nullptr && dialog != nullptr)
+        WriteDialog(out, *dialog);
+    const std::string bareVerb = host.OpenAlert() != nullptr ? "" : dialog != nullptr ? "click " : "menu ";
     std::string text, error;
     while (out << "> " << std::flush, std::getline(in, text)) {
         const bool bareNumber = !text.empty() && text.find_first_not_of("0123456789 ") == std::string::npos;
-        const ParseResult result = ParseAction(bareNumber ? "menu " + text : text, action, &error);
+        const ParseResult result = ParseAction(bareNumber ? bareVerb + text : text, action, &error);
         if (result == ParseResult::Malformed)
             out << error << "\n";
         else if (result == ParseResult::Parsed && action->verb == Verb::Help) {
-            out << "Actions (a number alone chooses that item of the menu):\n";
+            out << "Actions (a number alone clicks that item of the dialog, or chooses that item of the "
+                   "menu):\n";
             for (const auto& form : ActionForms())
                 out << "  " << form << "\n";
         } else if (result == ParseResult::Parsed)

@@ -118,8 +118,10 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         {"another host kind", "--host-kind 1 " MORAVEL_LIBRARY, 2,
          "achost: " MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0\n"},
         {"unknown option", "--fast", 2,
-         "usage: achost [--shared-folder DIR] [--host-kind N] [--script FILE] [ADDON]\n"
-         "       achost --list-menus [ADDON]\n"},
+         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
+         "              [--script FILE] [ADDON]\n"
+         "       achost --list-menus [ADDON]\n"
+         "       achost --help\n"},
         {"good script", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, 0, ""},
     };
     for (const auto& c : cases) {

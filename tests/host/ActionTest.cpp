@@ -66,7 +66,7 @@ TEST(ActionTest, ExplainsWhatItCannotRead) {
         {"expect title \"open", achost::ParseResult::Malformed, "unterminated string"},
         {"expect title \"a\\n\"", achost::ParseResult::Malformed,
          "unknown escape in string (only \\\" and \\\\)"},
-        {"menu 9999999999", achost::ParseResult::Malformed,
+        {"menu 99999999999", achost::ParseResult::Malformed,
          "malformed 'menu' line; expected menu ITEM | menu RESID ITEM"},
     };
     for (const auto& c : cases) {

@@ -33,7 +33,8 @@ enum class Verb {
     AnswerSave,   // answer save "PATH"|cancel
     AnswerFolder, // answer folder "PATH"|cancel
     ExpectOpened, // expect opened "TEXT"
-    WaitDownload  // wait download
+    WaitDownload, // wait download
+    Command       // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
 };
 
 struct Action {

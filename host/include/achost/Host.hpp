@@ -5,6 +5,7 @@
 #pragma once
 
 #include "APIdefs.h"
+#include "achost/Dialogs.hpp"
 #include "achost/Resources.hpp"
 
 #include <functional>
@@ -14,12 +15,28 @@
 
 namespace achost {
 
+class FrontEnd;
+
+// A command another add-on answers through ACAPI_Command_Test: the add-on's identifier, the command
+// and the highest command version it accepts.
+struct DeclaredCommand {
+    API_ModulID module = {0, 0};
+    GSType command = 0;
+    Int32 version = 1;
+};
+
+// Reads "DEVID:LOCALID:CMD[:VERSION]" (decimal identifiers, a four-character command, version 1 when
+// left out). False for anything else.
+GS_HOST_EXPORT bool ParseDeclaredCommand(const std::string& text, DeclaredCommand* result);
+
 struct HostOptions {
     // The kind of host application the add-on is told about (0 = the CAD application).
     API_ApplicationTypeID hostKind = APIAppl_ArchiCADID;
     // Called with "<call>: <what went wrong>" whenever the add-on calls the host in a state where the
     // call is not allowed. The default prints to stderr. Tests make it fail the test.
     std::function<void(const std::string&)> onViolation;
+    // The other add-ons' commands this session answers (ACAPI_Command_Test); none by default.
+    std::vector<DeclaredCommand> commands;
 };
 
 struct MenuItem {
@@ -89,6 +106,17 @@ public:
 
     // Every call made in a wrong state since Start, as reported to onViolation.
     const std::vector<std::string>& Violations() const;
+
+    // Declares one more command answered by another add-on, for the rest of this host's life.
+    void DeclareCommand(const DeclaredCommand& command);
+
+    // Dialogs open now, oldest first.
+    std::vector<const Dialog*> Dialogs() const;
+    // The dialog the user acts on: the innermost modal dialog, else the newest visible modeless one;
+    // null when none is open.
+    const Dialog* FrontDialog() const;
+    // The alert waiting for the user, or null.
+    const Alert* OpenAlert() const;
 
     struct Impl; // the state the add-on's calls reach (host/src)
 
