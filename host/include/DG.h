@@ -172,7 +172,8 @@ GS_HOST_EXPORT bool DGListInsertItem(short dialId, short item, short listItem);
 // with it.
 GS_HOST_EXPORT void DGListDeleteItem(short dialId, short item, short listItem);
 GS_HOST_EXPORT short DGListGetItemCount(short dialId, short item);
-// The row's text; tab fields are separated by '\t' (setting fills the fields in order).
+// The row's text; tab fields are separated by '\t' (setting fills the fields in order; getting leaves
+// out empty fields at the end).
 GS_HOST_EXPORT void DGListSetItemText(short dialId, short item, short listItem, const GS::UniString& text);
 GS_HOST_EXPORT GS::UniString DGListGetItemText(short dialId, short item, short listItem);
 // The text of one tab field (1-based) of the row.

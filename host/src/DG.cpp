@@ -261,8 +261,11 @@ void DGListSetItemText(short dialId, short item, short listItem, const GS::UniSt
 
 GS::UniString DGListGetItemText(short dialId, short item, short listItem) {
     const ListRow* row = RowOf("DGListGetItemText", dialId, item, listItem);
+    size_t used = row != nullptr ? row->tabs.size() : 0; // empty trailing fields are left out
+    while (used > 1 && row->tabs[used - 1].empty())
+        --used;
     std::string all;
-    for (size_t tab = 0; row != nullptr && tab < row->tabs.size(); ++tab)
+    for (size_t tab = 0; tab < used; ++tab)
         all += (tab == 0 ? "" : "\t") + row->tabs[tab];
     return Unicode(all);
 }

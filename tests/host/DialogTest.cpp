@@ -1,0 +1,290 @@
+// The dialog manager, alerts and add-on commands, driven through the host's front ends against the
+// dialog fixture add-on (fixtures/DialogAddon.cpp; its menu item 10 logs the messages its dialogs get).
+#include "achost/FrontEnd.hpp"
+#include "achost/Host.hpp"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdlib>
+#include <sstream>
+
+namespace {
+
+class DialogTest : public ::testing::Test {
+protected:
+    // Starts the fixture in a host whose add-on errors fail the test, unless `collected` takes them.
+    void Start(std::vector<std::string>* collected = nullptr) {
+        options.onViolation = [collected](const std::string& message) {
+            if (collected != nullptr)
+                collected->push_back(message);
+            else
+                ADD_FAILURE() << "add-on error: " << message;
+        };
+        host.reset(); // one host at a time
+        host = std::make_unique<achost::Host>(options);
+        std::string error;
+        ASSERT_TRUE(host->Start(FIXTURE_DIALOGS, &error)) << error;
+    }
+    // Runs the lines as one session; returns the failure that ended it, or "".
+    std::string Run(const std::vector<std::string>& lines) {
+        for (const auto& line : lines)
+            EXPECT_TRUE(driver.Add(line)) << line;
+        EXPECT_EQ(driver.Failure().empty(), achost::RunSession(*host, driver));
+        return driver.Failure();
+    }
+    achost::HostOptions options;
+    std::unique_ptr<achost::Host> host;
+    achost::DriverFrontEnd driver;
+};
+
+TEST_F(DialogTest, BuildsTheDialogFromItsResourceAndTheInitCalls) {
+    Start();
+    std::vector<achost::Dialog> seen;
+    driver.onWait = [&seen](const achost::Host& h) {
+        if (h.FrontDialog() != nullptr)
+            seen.push_back(*h.FrontDialog());
+    };
+    ASSERT_EQ("", Run({"menu 1"}));
+    ASSERT_EQ(1u, seen.size());
+    const achost::Dialog& d = seen[0];
+    EXPECT_EQ(32600, d.resID);
+    EXPECT_EQ(achost::DialogKind::Modal, d.kind);
+    EXPECT_EQ("Fixture title", d.title);
+    EXPECT_EQ(483, d.width);
+    EXPECT_EQ(282, d.height);
+    EXPECT_EQ(DG_NO_ITEM, d.focus);
+    const struct {
+        const char* kind;
+        const char* text;
+        bool visible, enabled;
+        Int32 value;
+        short icon;
+    } items[] = {{"Button", "OK", true, true, 0, 0},       {"Button", "Cancel", true, true, 0, 0},
+                 {"LeftText", "Hello", true, true, 0, 0},  {"SingleSelList", "", true, true, 0, 0},
+                 {"CheckBox", "Check", true, true, 1, 0},  {"Icon", "", true, true, 0, 32600},
+                 {"Button", "Stay", true, true, 0, 0},     {"CenterText", "Center", false, true, 0, 0},
+                 {"RightText", "Right", true, false, 0, 0}};
+    ASSERT_EQ(9u, d.items.size());
+    for (short n = 1; n <= 9; ++n) {
+        SCOPED_TRACE("item " + std::to_string(n));
+        const achost::DialogItem& item = *d.Item(n);
+        EXPECT_EQ(items[n - 1].kind, item.kind);
+        EXPECT_EQ(items[n - 1].text, item.text);
+        EXPECT_EQ(items[n - 1].visible, item.visible);
+        EXPECT_EQ(items[n - 1].enabled, item.enabled);
+        EXPECT_EQ(items[n - 1].value, item.value);
+        EXPECT_EQ(items[n - 1].icon, item.icon);
+    }
+    const achost::DialogItem& list = d.items[3];
+    EXPECT_EQ(2, list.tabFields);
+    EXPECT_EQ(30, list.rowHeight);
+    EXPECT_EQ(2, list.selected);
+    EXPECT_EQ(0, list.drawSuspended);
+    ASSERT_EQ(3u, list.rows.size());
+    EXPECT_EQ((std::vector<std::string>{"one", "A"}), list.rows[0].tabs);
+    EXPECT_EQ((std::vector<std::string>{"two", "B"}), list.rows[1].tabs);
+    EXPECT_EQ((std::vector<std::string>{"three", "C"}), list.rows[2].tabs);
+    EXPECT_EQ(0, list.rows[0].icon);
+    EXPECT_EQ(32600, list.rows[1].icon);
+    EXPECT_EQ("Dot", list.rows[1].iconName);
+}
+
+TEST_F(DialogTest, UserActionsSendTheirMessagesAndCloseTheDialog) {
+    const struct {
+        const char* name;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"OK",
+         {"click 1", "expect menu 32500 1 \"closed with 1\"",
+          "expect menu 32500 10 \"init;click 1;close 1\""}},
+        {"Cancel",
+         {"click 2", "expect menu 32500 1 \"closed with 2\"",
+          "expect menu 32500 10 \"init;click 2;close 2\""}},
+        {"close box",
+         {"close", "expect menu 32500 1 \"closed with 2\"", "expect menu 32500 10 \"init;close 2\""}},
+        {"selection",
+         {"select 4 3", "expect list 4 selected 3", "expect item 3 \"selected 3\"", "click 1",
+          "expect menu 32500 10 \"init;change 4;click 1;close 1\""}},
+        {"a click answered 0 keeps the dialog open",
+         {"click 5", "click 7", "expect dialog 32600",
+          "expect item 3 \"rows 3 selected 3 check 0 first top\"", "expect item 8 shown",
+          "expect item 9 enabled", "expect list 4 rows 3", "click 9", "click 1",
+          "expect menu 32500 10 \"init;click 5;click 7;click 9;click 1;close 1\""}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Start();
+        std::vector<std::string> lines = {"menu 1", "expect dialog 32600", "expect title \"Fixture title\""};
+        lines.insert(lines.end(), c.lines.begin(), c.lines.end());
+        EXPECT_EQ("", Run(lines));
+        EXPECT_TRUE(host->Dialogs().empty());
+        driver = achost::DriverFrontEnd();
+    }
+}
+
+// A failed expectation or an impossible action ends the session; the open dialog is closed with its
+// close box so the add-on's command returns.
+TEST_F(DialogTest, FailuresNameWhatWasShownAndEndTheSession) {
+    const struct {
+        const char* line;
+        std::string failure;
+    } cases[] = {
+        {"expect dialog 32700", "expected dialog 32700, saw dialog 32600 \"Fixture title\""},
+        {"expect title \"Other\"", "expected title \"Other\", saw \"Fixture title\""},
+        {"expect item 3 \"Bye\"", "expected item 3 of dialog 32600 \"Bye\", saw \"Hello\""},
+        {"expect item 8 shown", "expected item 8 of dialog 32600 shown, saw hidden"},
+        {"expect item 2 disabled", "expected item 2 of dialog 32600 disabled, saw enabled"},
+        {"expect list 4 rows 2", "expected list 4 rows 2, saw 3"},
+        {"expect list 4 selected 1", "expected list 4 selected 1, saw 2"},
+        {"expect list 3 rows 1", "item 3 of dialog 32600 is a LeftText, not a list"},
+        {"click 9", "item 9 of dialog 32600 is disabled"},
+        {"click 8", "item 8 of dialog 32600 is hidden"},
+        {"click 12", "dialog 32600 has 9 items, not 12"},
+        {"select 1 1", "item 1 of dialog 32600 is a Button, not a list"},
+        {"select 4 4", "list 4 of dialog 32600 has 3 rows, not 4"},
+        {"menu 2", "'menu 2' is not possible while dialog 32600 is open"},
+        {"ok", "'ok' needs an open alert, and none is open"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        Start();
+        EXPECT_EQ("driver:2: " + c.failure, Run({"menu 1", c.line, "click 1"}));
+        EXPECT_TRUE(host->Dialogs().empty());
+        EXPECT_EQ("init;close 2", host->FindMenu(32500)->items[9].text);
+        driver = achost::DriverFrontEnd();
+    }
+}
+
+TEST_F(DialogTest, WrongCallsAreReportedWithTheCallsName) {
+    std::vector<std::string> reported;
+    Start(&reported);
+    EXPECT_EQ("", Run({"menu 2", "click 1"}));
+    const std::vector<std::string> expected = {
+        "DGSetItemText: no dialog 77 is open",
+        "DGSetItemText: dialog 1 ('GDLG' 32600) has no item 42",
+        "DGListSetItemText: item 1 of dialog 1 is a Button, not a list",
+        "DGListSetItemText: list 4 of dialog 1 has 3 rows, not row 9",
+        "DGEnableDraw: the drawing of item 4 of dialog 1 was not suspended",
+        "DGListSetItemIcon: no 'GICN' 999 in resource module 1",
+        "DGListSetTabItemText: the list has 2 tab fields, not field 3",
+        "DGEnableDraw: dialog 1 closed with the drawing of item 4 still suspended",
+        "DGModalDialog: the add-on has no 'GDLG' 32599",
+    };
+    EXPECT_EQ(expected, reported);
+}
+
+TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
+    const struct {
+        const char* name;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"its own button closes it",
+         {"click 2", "menu 7", "click 1",
+          "expect menu 32500 10 \"palette init;palette click 2;palette click 1;palette close\""}},
+        {"close box", {"close", "expect menu 32500 10 \"palette init;palette click -1;palette close\""}},
+        {"left open when the host quits", {"expect menu 32500 10 \"palette init\""}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Start();
+        std::vector<std::string> lines = {"menu 3", "expect menu 32500 3 \"open 1 visible 1\"",
+                                          "expect dialog 32601"};
+        lines.insert(lines.end(), c.lines.begin(), c.lines.end());
+        EXPECT_EQ("", Run(lines));
+        host->Quit();
+        EXPECT_TRUE(host->Dialogs().empty());
+        EXPECT_TRUE(host->Violations().empty());
+        driver = achost::DriverFrontEnd();
+    }
+}
+
+TEST_F(DialogTest, AlertsWaitForTheUser) {
+    Start();
+    EXPECT_EQ("",
+              Run({"menu 4", "expect alert \"Large\" \"Small\"", "ok", "expect menu 32500 4 \"pressed 1\"",
+                   "menu 8", "click 7", "expect alert \"Nested\" \"\"", "ok", "expect item 3 \"alert 1\"",
+                   "click 1", "expect menu 32500 8 \"closed with 1\""}));
+    driver = achost::DriverFrontEnd();
+    EXPECT_EQ("driver:2: 'click 1' is not possible while an alert is open", Run({"menu 4", "click 1"}));
+    EXPECT_EQ(nullptr, host->OpenAlert());
+}
+
+TEST_F(DialogTest, TerminalShowsTheFrontDialog) {
+    Start();
+    std::istringstream in("menu 1\nselect 4 3\n9\n1\n");
+    std::ostringstream out;
+    achost::TerminalFrontEnd terminal(in, out);
+    achost::RunSession(*host, terminal);
+    EXPECT_NE(std::string::npos, out.str().find("dialog 32600 \"Fixture title\" (Modal, 483 x 282)\n"
+                                                "  1 Button \"OK\"\n"
+                                                "  2 Button \"Cancel\"\n"
+                                                "  3 LeftText \"selected 3\"\n"
+                                                "  4 SingleSelList, 3 rows\n"
+                                                "      1 \"one\" \"A\"\n"
+                                                "      2 [Dot] \"two\" \"B\"\n"
+                                                "    > 3 \"three\" \"C\"\n"
+                                                "  5 CheckBox \"Check\"\n"
+                                                "  6 Icon \"\" icon 32600\n"
+                                                "  7 Button \"Stay\"\n"
+                                                "  9 RightText \"Right\"  (disabled)\n> "))
+        << out.str();
+    EXPECT_NE(std::string::npos, out.str().find("\n> item 9 of dialog 32600 is disabled\n"))
+        << "a bare number clicks";
+    EXPECT_EQ("closed with 1", host->FindMenu(32500)->items[0].text);
+}
+
+TEST_F(DialogTest, CommandTestAnswersTheDeclaredCommands) {
+    const char* const answers = "0 81060194 81060193 81060191 81060068";
+    achost::DeclaredCommand declared;
+    ASSERT_TRUE(achost::ParseDeclaredCommand("1:2:SUIT", &declared));
+    options.commands = {declared};
+    Start();
+    EXPECT_EQ("", Run({"menu 5", std::string("expect menu 32500 5 \"") + answers + "\""}));
+    options.commands.clear();
+    Start();
+    driver = achost::DriverFrontEnd();
+    EXPECT_EQ(
+        "", Run({"menu 5", "expect menu 32500 5 \"81060191 81060191 81060191 81060191 81060068\"",
+                 "command 1 2 \"SUIT\"", "menu 5", std::string("expect menu 32500 5 \"") + answers + "\""}));
+}
+
+TEST_F(DialogTest, DeclaredCommandsAreReadStrictly) {
+    const struct {
+        const char* text;
+        bool ok;
+        GSType developer, local, command;
+        Int32 version;
+    } cases[] = {
+        {"1:2:SUIT", true, 1, 2, 'SUIT', 1},
+        {"4294967295:0:ab d:3", true, 4294967295u, 0, 'ab d', 3},
+        {"4294967296:0:SUIT", false, 0, 0, 0, 0},
+        {"1:2:SUI", false, 0, 0, 0, 0},
+        {"1:2:SUITE", false, 0, 0, 0, 0},
+        {"1:2:SUIT:0", false, 0, 0, 0, 0},
+        {"1:2:SUIT:", false, 0, 0, 0, 0},
+        {"-1:2:SUIT", false, 0, 0, 0, 0},
+        {"1:SUIT", false, 0, 0, 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        achost::DeclaredCommand parsed;
+        ASSERT_EQ(c.ok, achost::ParseDeclaredCommand(c.text, &parsed));
+        if (c.ok) {
+            EXPECT_EQ(c.developer, parsed.module.developerID);
+            EXPECT_EQ(c.local, parsed.module.localID);
+            EXPECT_EQ(c.command, parsed.command);
+            EXPECT_EQ(c.version, parsed.version);
+        }
+    }
+}
+
+TEST_F(DialogTest, OwnLocationAndRelease) {
+    Start();
+    char absolute[PATH_MAX];
+    ASSERT_NE(nullptr, realpath(FIXTURE_DIALOGS, absolute));
+    EXPECT_EQ("", Run({"menu 6", "menu 7", "expect menu 32500 7 \"0 19 1\""}));
+    EXPECT_EQ(absolute, host->FindMenu(32500)->items[5].text);
+}
+
+} // namespace
