@@ -16,28 +16,34 @@ const char kContinuation = '#';
 const char kLF = 0x0A;
 const char kCR = 0x0D;
 
-// The bytes of `text` in the default 8-bit encoding, up to the conversion's terminating zero.
-void AppendBytes(const XN_String& text, std::string& image) {
-    const XN_CString bytes = text.ToCStr(XN_String::Encoding_SystemDefault);
-    if (bytes.Get() != nullptr)
-        image.append(bytes.Get(), std::strlen(bytes.Get()));
+// The text in the default 8-bit encoding, up to its first zero byte, into `bytes`. Every 8-bit
+// encoding the system uses extends ASCII, so ASCII text is copied without the converter.
+void EightBit(const XN_String& text, std::string& bytes) {
+    bytes.clear();
+    const unsigned short* units = text.GetBuffer();
+    for (unsigned int i = 0; i < text.GetLength() && units[i] != 0; ++i) {
+        if (units[i] >= 0x80) {
+            const XN_CString converted = text.ToCStr(XN_String::Encoding_SystemDefault);
+            bytes.assign(converted.Get() != nullptr ? converted.Get() : "");
+            return;
+        }
+        bytes += static_cast<char>(units[i]);
+    }
 }
 
-// As AppendBytes, with "#" after every line break (CR LF counts as one).
-void AppendValueBytes(const XN_String& value, std::string& image) {
-    const XN_CString bytes = value.ToCStr(XN_String::Encoding_SystemDefault);
-    const char* run = bytes.Get();
-    if (run == nullptr)
-        return;
-    for (const char* p = run; *p != 0; ++p) {
-        const bool lineBreak = *p == kLF || (*p == kCR && p[1] != kLF);
+// Appends `bytes` with "#" after every line break (CR LF counts as one).
+void AppendValueBytes(const std::string& bytes, std::string& image) {
+    std::string::size_type run = 0;
+    for (std::string::size_type i = 0; i < bytes.size(); ++i) {
+        const bool lineBreak =
+            bytes[i] == kLF || (bytes[i] == kCR && (i + 1 == bytes.size() || bytes[i + 1] != kLF));
         if (lineBreak) {
-            image.append(run, p + 1 - run);
+            image.append(bytes, run, i + 1 - run);
             image += kContinuation;
-            run = p + 1;
+            run = i + 1;
         }
     }
-    image.append(run);
+    image.append(bytes, run, std::string::npos);
 }
 
 // Length of the line break at p (2 for CR LF, 1 for LF or a lone CR), 0 when there is none.
@@ -112,12 +118,15 @@ void XN_SettingsFile_ExchangeHalves(char* bytes, unsigned long size) {
 
 bool XN_SettingsFile_BuildImage(const XN_List<XN_Setting>& records, std::string& image) {
     std::string built;
+    std::string bytes;
     for (long i = 0; i < records.GetCount(); ++i) {
         const XN_Setting& record = records[i];
         built += kRecordStart;
-        AppendBytes(record.key, built);
+        EightBit(record.key, bytes);
+        built += bytes;
         built += ": ";
-        AppendValueBytes(record.value, built);
+        EightBit(record.value, bytes);
+        AppendValueBytes(bytes, built);
         built += kLF;
         if (built.size() > XN_SETTINGS_IMAGE_MAX)
             return false;
@@ -146,12 +155,6 @@ bool XN_SettingsFile_ParseImage(const char* bytes, unsigned long size, XN_List<X
 
 namespace {
 
-// The file's length; false when it cannot be asked (a missing file among others).
-bool FileLength(const XN_Location& file, UInt64& length) {
-    IO::File probe(file, IO::File::Fail);
-    return probe.GetStatus() == NoError && probe.GetDataLength(&length) == NoError;
-}
-
 // A file beside `file` that no other writer uses at the same time.
 XN_Location TemporaryBeside(const XN_Location& file) {
     return XN_Location(file + XN_String::Format(".%ld.tmp", static_cast<long>(getpid())));
@@ -166,21 +169,22 @@ std::string PosixPath(const XN_Location& location) {
 
 XN_SettingsFile_Status XN_SettingsFile_Read(const XN_Location& file, XN_List<XN_Setting>& records,
                                             bool* exists, unsigned long* badOffset) {
-    bool found = false;
-    UInt64 length = 0;
-    if (FileLength(file, length))
-        found = true;
+    // One open file gives both the length and the bytes: another add-on may replace the file
+    // (rename over it) between two opens.
+    IO::File input(file, IO::File::Fail);
     if (exists != nullptr)
-        *exists = found;
-    if (!found || length == 0)
+        *exists = input.GetStatus() == NoError;
+    if (input.GetStatus() != NoError)
         return XN_SettingsFile_OK;
-    unsigned long size =
-        length > XN_SETTINGS_IMAGE_MAX ? XN_SETTINGS_IMAGE_MAX : static_cast<unsigned long>(length);
-    std::string image(size + 1, '\0');
-    if (XN_File::ReadBin(file, &image[0], &size, &found, 0) != 0 || !found)
+    UInt64 length = 0;
+    if (input.Open(IO::File::ReadMode) != NoError || input.GetDataLength(&length) != NoError)
         return XN_SettingsFile_ReadError;
+    const USize size = length > XN_SETTINGS_IMAGE_MAX ? XN_SETTINGS_IMAGE_MAX : static_cast<USize>(length);
+    std::string image(size + 1, '\0');
+    if (size > 0 && input.ReadBin(&image[0], size) != NoError)
+        return XN_SettingsFile_ReadError;
+    input.Close();
     XN_SettingsFile_ExchangeHalves(&image[0], size);
-    image[size] = 0;
     if (!XN_SettingsFile_ParseImage(image.data(), size, records, badOffset))
         return XN_SettingsFile_Malformed;
     return length > XN_SETTINGS_IMAGE_MAX ? XN_SettingsFile_TooLarge : XN_SettingsFile_OK;

@@ -33,8 +33,8 @@ enum XN_SettingsFile_Status {
     XN_SettingsFile_Malformed, // a malformed record (at *badOffset)
 };
 
-// Reads the scrambled file and appends its records. A missing file reads as empty (OK, *exists
-// false). On TooLarge the records of the first XN_SETTINGS_IMAGE_MAX bytes are appended.
+// Reads the scrambled file and appends its records. A missing or inaccessible file reads as empty
+// (OK, *exists false). On TooLarge the records of the first XN_SETTINGS_IMAGE_MAX bytes are appended.
 XN_SettingsFile_Status XN_SettingsFile_Read(const XN_Location& file, XN_List<XN_Setting>& records,
                                             bool* exists, unsigned long* badOffset);
 

@@ -60,6 +60,7 @@ TEST_F(SettingsFormatTest, ValuesWithLineBreaksRoundTrip) {
         {"colon and dollar", "$x: y", "$k: $x: y\n", "$x: y"},
         // The byte after "#" is not looked at: an empty line reads back with a "#" kept in it.
         {"empty line", "a\n\nb", "$k: a\n#\n#b\n", "a\n\n#b"},
+        {"non-ASCII", "é\nü", "$k: é\n#ü\n", "é\nü"},
         {"two CR LF", "a\r\n\r\nb", "$k: a\r\n#\r\n#b\n", "a\r\n\r\nb"},
     };
     for (const Case& c : cases) {
