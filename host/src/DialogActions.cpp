@@ -159,6 +159,8 @@ void WriteDialog(std::ostream& out, const Dialog& dialog) {
             out << " " << Quoted(item.text);
         if (item.icon != 0)
             out << " icon " << item.icon;
+        if (item.kind == "CheckBox" || item.kind == "RadioButton")
+            out << (item.value != 0 ? " [x]" : " [ ]");
         out << (item.enabled ? "" : "  (disabled)")
             << (item.IsList() ? ", " + std::to_string(item.rows.size()) + " rows" : "") << "\n";
         for (size_t row = 1; row <= item.rows.size(); ++row) {

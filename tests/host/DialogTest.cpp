@@ -224,7 +224,7 @@ TEST_F(DialogTest, TerminalShowsTheFrontDialog) {
                                                 "      1 \"one\" \"A\"\n"
                                                 "      2 [Dot] \"two\" \"B\"\n"
                                                 "    > 3 \"three\" \"C\"\n"
-                                                "  5 CheckBox \"Check\"\n"
+                                                "  5 CheckBox \"Check\" [x]\n"
                                                 "  6 Icon \"\" icon 32600\n"
                                                 "  7 Button \"Stay\"\n"
                                                 "  9 RightText \"Right\"  (disabled)\n> "))
