@@ -106,7 +106,8 @@ public:
 // the callback's answer to a click closes it, or the user closes it with the close box (the callback
 // then gets DG_MSG_CLOSE and the result is DG_CANCEL). The host's run loop keeps turning meanwhile.
 // Returns the closing item; 0 when the resource does not exist (reported). iconResModule is where
-// icon items find their 'GICN's.
+// icon items find their 'GICN's. When the user's session has ended (or none runs), the dialog closes
+// at once as by its close box.
 GS_HOST_EXPORT short DGModalDialog(GSResModule dialResModule, short resId, GSResModule dialIconResModule,
                                    const DGDialCallBack dCallBack, DGUserData userData);
 

@@ -72,7 +72,7 @@ GS::UniString Unicode(const std::string& text) {
 short Create(const char* call, GSResModule module, short resId, DGDialCallBack callback, DGUserData userData,
              bool modal) {
     Host::Impl* s = achost::RunningHost(call, {Phase::Initialize, Phase::Idle, Phase::Command});
-    return s != nullptr ? s->Open(call, module, resId, callback, userData, modal) : 0;
+    return s != nullptr ? s->CreateDialog(call, module, resId, callback, userData, modal) : 0;
 }
 
 } // namespace
@@ -93,7 +93,7 @@ short DGModelessInit(GSResModule dialResModule, short resId, GSResModule /*dialI
 
 void DGModelessClose(short dialId) {
     if (DialogOf("DGModelessClose", dialId) != nullptr)
-        achost::HostAccess::Of(*Host::Current())->Close(dialId, 0);
+        achost::HostAccess::Of(*Host::Current())->CloseDialog(dialId, 0);
 }
 
 void DGShowModelessDialog(short dialId, short /*refDialId*/) {

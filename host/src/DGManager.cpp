@@ -91,8 +91,8 @@ DialogItem* Host::Impl::FindList(const char* call, short dialId, short item) {
     return nullptr;
 }
 
-short Host::Impl::Open(const char* call, GSResModule module, short resId, DGDialCallBack callback,
-                       DGUserData userData, bool modal) {
+short Host::Impl::CreateDialog(const char* call, GSResModule module, short resId, DGDialCallBack callback,
+                               DGUserData userData, bool modal) {
     const Resource* res = resources.Find(ResType("GDLG"), resId);
     auto dialog = std::make_unique<OpenDialog>();
     std::string problem = module != kOwnResModule ? "module " + std::to_string(module) + " " + kModuleProblem
@@ -131,7 +131,7 @@ short Host::Impl::Send(short dialId, short message, short item, DGMessageData da
     return answer;
 }
 
-void Host::Impl::Close(short dialId, short item) {
+void Host::Impl::CloseDialog(short dialId, short item) {
     const auto found = dialogs.find(dialId);
     if (found == dialogs.end() || found->second->closing)
         return;
@@ -151,7 +151,7 @@ void Host::Impl::Close(short dialId, short item) {
 
 void Host::Impl::CloseAllDialogs() {
     while (!dialogs.empty())
-        Close(dialogs.rbegin()->first, DG_CANCEL);
+        CloseDialog(dialogs.rbegin()->first, DG_CANCEL);
 }
 
 void Host::Impl::Click(short dialId, short item) {
@@ -163,7 +163,7 @@ void Host::Impl::Click(short dialId, short item) {
         clicked->value = 1;
     const short answer = Send(dialId, DG_MSG_CLICK, item);
     if (answer != 0)
-        Close(dialId, answer);
+        CloseDialog(dialId, answer);
 }
 
 void Host::Impl::Select(short dialId, short item, short row) {
@@ -173,12 +173,12 @@ void Host::Impl::Select(short dialId, short item, short row) {
 
 void Host::Impl::CloseBox(short dialId) {
     if (dialogs.at(dialId)->modal) {
-        Close(dialId, DG_CANCEL);
+        CloseDialog(dialId, DG_CANCEL);
         return;
     }
     const short answer = Send(dialId, DG_MSG_CLICK, DG_CLOSEBOX);
     if (answer != 0)
-        Close(dialId, answer);
+        CloseDialog(dialId, answer);
 }
 
 short Host::Impl::RunModal(short dialId) {

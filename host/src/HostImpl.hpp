@@ -86,12 +86,12 @@ struct Host::Impl {
     // The same for an item that must be a list box.
     DialogItem* FindList(const char* call, short dialId, short item);
     // Builds and opens the dialog of 'GDLG' resId and sends DG_MSG_INIT; its ID, or 0 (reported).
-    short Open(const char* call, GSResModule module, short resId, DGDialCallBack callback,
-               DGUserData userData, bool modal);
+    short CreateDialog(const char* call, GSResModule module, short resId, DGDialCallBack callback,
+                       DGUserData userData, bool modal);
     // Sends a message to the dialog's callback; its answer (0 when the dialog is gone).
     short Send(short dialId, short message, short item, DGMessageData data = 0);
     // Sends DG_MSG_CLOSE with `item` and forgets the dialog.
-    void Close(short dialId, short item);
+    void CloseDialog(short dialId, short item);
     // Closes every open dialog (innermost first), as when the add-on is unloaded.
     void CloseAllDialogs();
     // The user's click and selection: the messages they send and what their answers do.
