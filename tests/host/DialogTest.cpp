@@ -4,6 +4,7 @@
 #include "achost/Host.hpp"
 
 #include <gtest/gtest.h>
+#include <uv.h>
 
 #include <climits>
 #include <cstdlib>
@@ -88,6 +89,25 @@ TEST_F(DialogTest, BuildsTheDialogFromItsResourceAndTheInitCalls) {
     EXPECT_EQ(0, list.rows[0].icon);
     EXPECT_EQ(32600, list.rows[1].icon);
     EXPECT_EQ("Dot", list.rows[1].iconName);
+}
+
+// Work scheduled on the main run loop goes on while a modal dialog waits for the user.
+TEST_F(DialogTest, TheRunLoopTurnsInsideAModalDialog) {
+    Start();
+    uv_timer_t timer;
+    ASSERT_EQ(0, uv_timer_init(uv_default_loop(), &timer));
+    int fired = 0, waitsInDialog = 0;
+    timer.data = &fired;
+    driver.onWait = [&](const achost::Host& h) {
+        if (h.FrontDialog() != nullptr && waitsInDialog++ == 0)
+            uv_timer_start(
+                &timer, [](uv_timer_t* t) { ++*static_cast<int*>(t->data); }, 0, 0);
+    };
+    EXPECT_EQ("", Run({"menu 1", "expect dialog 32600", "expect dialog 32600"}));
+    EXPECT_EQ(3, waitsInDialog);
+    EXPECT_EQ(1, fired);
+    uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
+    uv_run(uv_default_loop(), UV_RUN_NOWAIT);
 }
 
 TEST_F(DialogTest, UserActionsSendTheirMessagesAndCloseTheDialog) {
