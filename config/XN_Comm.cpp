@@ -26,6 +26,9 @@ const char* const kLoadedKey = "Moravel Loaded";
 const char* const kLoadedTrue = "TRUE";
 const char* const kLoadedFalse = "FALSE";
 
+// The command the suite's central add-on answers while it is loaded ('SUIT').
+const GSType kSuiteCommand = 0x53554954;
+
 // The identifiers the suite's add-ons were registered with. The developer identifier is shared by
 // all of them; 'MDID' 32500 in resources/MoravelLibrary.grc must hold the entry of
 // XN_Comm_MoravelLibrary.
@@ -118,6 +121,16 @@ bool XN_Comm::SuiteFileLocation(const long& release, XN_Location& location) {
 bool XN_Comm::SuiteFileExist() {
     XN_Location marker;
     return SuiteFileLocation(RunningRelease(), marker) && FileExists(marker);
+}
+
+bool XN_Comm::SuiteIsLoaded(bool& loaded) {
+    const API_ModulID suite = ModulID(XN_Comm_Suite);
+    if (ACAPI_Command_Test(&suite, kSuiteCommand, 0) == NoError) {
+        loaded = true;
+        return true;
+    }
+    loaded = false;
+    return SuiteFileExist();
 }
 
 unsigned long long XN_Comm::GetMDID(XN_Comm_AddOnsCode code) {
