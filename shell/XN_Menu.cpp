@@ -3,6 +3,7 @@
 #include "ACAPinc.h"
 #include "XN_Language.hpp"
 #include "XN_Resource.hpp"
+#include "sett_Addon.hpp"
 
 #include <cstring>
 
@@ -14,8 +15,14 @@ constexpr short kLanguageMenuCount = 7;
 // services that are wired in here as they are built; until then their items do nothing.
 void RunCommand(Int32 item) {
     switch (item) {
-    case kMenuItem_About:
     case kMenuItem_Language:
+        // The registered menu stays the old language's until the host restarts; its texts change now.
+        if (!gXN_AskLanguage && XN_Dlg_Language(XN_String(kAddon_LanguageDialogVersion))) {
+            XN_Language_Read(true);
+            MenuUpdate();
+        }
+        break;
+    case kMenuItem_About:
     case kMenuItem_UpdateNow:
     case kMenuItem_AutoUpdate:
     case kMenuItem_Information:

@@ -143,6 +143,28 @@ TEST_F(SettingsToolTest, EveryCommandHasHelp) {
     EXPECT_EQ(2, Run({}).exitCode);
 }
 
+// The add-on reads at its next start the language the tool stored; Russian is not supported here and
+// falls back to International, so menu 32501 is registered.
+TEST_F(SettingsToolTest, TheAddOnStartsInTheStoredLanguage) {
+    struct Case {
+        const char* stored;
+        const char* script;
+    } cases[] = {
+        {"ita", "expect registered 32500\nexpect menu 32506 3 \"Lingua...\"\nquit\n"},
+        {"GER", "expect registered 32503\nexpect menu 32500 3 \"Sprache...\"\nquit\n"},
+        {"rus", "expect registered 32501\nexpect menu 32506 3 \"Language...\"\nmenu 32506 3\nquit\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.stored);
+        ASSERT_EQ(0, Run({"set", temp.PathOf("MoravelLibrary_190.cfg"), "Language_str", c.stored}).exitCode);
+        TempFolder::Write(temp.PathOf("start.acs"), c.script);
+        const std::string command = std::string(ACHOST_PROGRAM) + " --shared-folder " + Quoted(temp.Path()) +
+                                    " --script " + Quoted(temp.PathOf("start.acs")) + " " + MORAVEL_LIBRARY +
+                                    " >" + Quoted(temp.PathOf("achost.txt")) + " 2>&1";
+        EXPECT_EQ(0, std::system(command.c_str())) << TempFolder::Read(temp.PathOf("achost.txt"));
+    }
+}
+
 TEST_F(SettingsToolTest, ConcurrentWritersNeverLeaveAnUnreadableFile) {
     ASSERT_EQ(0, Run({"set", File(), "start", "0"}).exitCode);
     const std::string tool = XN_SETTINGS_TOOL;
