@@ -1,5 +1,6 @@
 // The real add-on in the real host: through the C++ driver, and through the achost program.
 #include "achost/ElfFile.hpp"
+#include "achost/FrontEnd.hpp"
 #include "achost/Host.hpp"
 #include "achost/SharedFolder.hpp"
 
@@ -78,6 +79,39 @@ TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
         ASSERT_TRUE(host.ChooseMenuItem(s.menu, s.item, &error)) << error;
         EXPECT_EQ(s.loadedAfter, host.IsLoaded());
         EXPECT_EQ(s.loads, host.LoadCount());
+    }
+}
+
+// The language dialog through the C++ driver: each closing stores what it should in the add-on's own
+// settings file, read back with the support tool.
+TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
+    const struct {
+        const char* name;
+        std::vector<std::string> lines;
+        std::string stored; // xn-settings' output for "Language_str"
+    } cases[] = {
+        {"Cancel after a selection", {"select 3 1", "click 2"}, ""},
+        {"OK on the language in force", {"click 1"}, ""},
+        {"OK on another language", {"select 3 1", "click 1"}, "ita\n"},
+    };
+    const std::string file = temp.PathOf("Shared") + "/MoravelLibrary_190.cfg";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        achost::Host host(options);
+        std::string error;
+        ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+        achost::DriverFrontEnd driver;
+        ASSERT_TRUE(driver.Add("menu 3"));
+        for (const auto& line : c.lines)
+            ASSERT_TRUE(driver.Add(line));
+        EXPECT_TRUE(achost::RunSession(host, driver)) << driver.Failure();
+        std::string stored;
+        FILE* pipe = popen((XN_SETTINGS_PROGRAM " get " + file + " Language_str 2>/dev/null").c_str(), "r");
+        char buffer[256];
+        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
+            stored += buffer;
+        pclose(pipe);
+        EXPECT_EQ(c.stored, stored);
     }
 }
 
