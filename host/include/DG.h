@@ -142,6 +142,10 @@ GS_HOST_EXPORT void DGSetDialogTitle(short dialId, const GS::UniString& title);
 GS_HOST_EXPORT void DGSetDialogSize(short dialId, short rectType, short hSize, short vSize, short fixPoint,
                                     bool keepOld);
 
+// Bracket a series of item moves and size changes so they show at once; nothing else changes here.
+GS_HOST_EXPORT void DGBeginMoveGrowItems(short dialId);
+GS_HOST_EXPORT void DGEndMoveGrowItems(short dialId);
+
 // The text of a button, static text, edit or group; a list's row text is set with DGListSetItemText.
 GS_HOST_EXPORT void DGSetItemText(short dialId, short item, const GS::UniString& text);
 // The item's text; empty when the item does not exist.

@@ -151,6 +151,14 @@ void DGSetDialogSize(short dialId, short rectType, short hSize, short vSize, sho
     dialog->view.height = vSize;
 }
 
+void DGBeginMoveGrowItems(short dialId) {
+    DialogOf("DGBeginMoveGrowItems", dialId);
+}
+
+void DGEndMoveGrowItems(short dialId) {
+    DialogOf("DGEndMoveGrowItems", dialId);
+}
+
 void DGSetItemText(short dialId, short item, const GS::UniString& text) {
     if (DialogItem* found = ItemOf("DGSetItemText", dialId, item))
         found->text = Utf8(text);

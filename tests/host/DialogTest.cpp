@@ -194,6 +194,20 @@ TEST_F(DialogTest, WrongCallsAreReportedWithTheCallsName) {
     EXPECT_EQ(expected, reported);
 }
 
+// A palette outlives the command only in an add-on that stays loaded; otherwise the host closes it
+// before the unload and says why.
+TEST_F(DialogTest, APaletteOfAnUnloadedAddonIsClosedAndReported) {
+    std::vector<std::string> reported;
+    Start(&reported);
+    EXPECT_EQ("", Run({"menu 9"}));
+    EXPECT_EQ(
+        std::vector<std::string>{
+            "ACAPI_KeepInMemory: the add-on left a dialog open and was not kept in memory"},
+        reported);
+    EXPECT_TRUE(host->Dialogs().empty());
+    EXPECT_FALSE(host->IsLoaded());
+}
+
 TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
     const struct {
         const char* name;
