@@ -194,7 +194,12 @@ std::size_t BytesToTerminator(const char* src, unsigned int width) {
     return bytes;
 }
 
+// A byte count below one unit reads nothing; only a count below 1 means "up to a 0 unit".
 bool DecodeUtf32(const char* src, long srcBytes, bool swap, PlatformText& text) {
+    if (srcBytes >= 1 && srcBytes < 4) {
+        text = PlatformText();
+        return true;
+    }
     long count = srcBytes >= 1 ? srcBytes / 4 : 0;
     std::size_t needed = Utf32ToUtf16(src, nullptr, count, swap);
     char16_t* units = sUnitScratch.Reserve(needed + 1);
