@@ -1,6 +1,8 @@
 // XN_String storage, construction, comparison, element access and sub-strings.
 #include "XN_String.hpp"
+#include "XN_StringInternal.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <cwctype>
 
@@ -27,16 +29,9 @@ int CompareUnits(const XN_String& a, unsigned int aStart, const XN_String& b, un
         return b.IsNull() ? 0 : -1;
     if (b.IsNull())
         return 1;
-    unsigned int remaining = count == 0 ? 0xFFFFFFFFu : count;
-    for (unsigned int i = 0; remaining > 0; ++i, --remaining) {
-        unsigned short ca = map(UnitOrZero(a, aStart + i));
-        unsigned short cb = map(UnitOrZero(b, bStart + i));
-        if (ca != cb)
-            return ca < cb ? -1 : 1;
-        if (ca == 0)
-            break;
-    }
-    return 0;
+    return xn_internal::CompareUnitRuns(
+        count, [&](unsigned int i) { return map(UnitOrZero(a, aStart + i)); },
+        [&](unsigned int i) { return map(UnitOrZero(b, bStart + i)); });
 }
 
 } // namespace
@@ -216,49 +211,39 @@ unsigned short XN_String::XN_CharToUpperCase(unsigned short c) {
 // ---- Sizing ------------------------------------------------------------------------------------------
 
 bool XN_String::SetSize(unsigned int newCapacity, bool keep) {
-    unsigned short* fresh = new unsigned short[newCapacity];
-    if (keep && buffer != nullptr && newCapacity > 0) {
-        length = length < newCapacity - 1 ? length : newCapacity - 1;
-        CopyUnits(fresh, buffer, length);
-        fresh[length] = 0;
-    } else {
-        length = 0;
-    }
-    delete[] buffer;
-    buffer = fresh;
-    capacity = newCapacity;
+    const bool keepText = keep && buffer != nullptr && newCapacity > 0;
+    const unsigned int kept = keepText ? std::min(length, newCapacity - 1) : 0;
+    Reallocate(newCapacity, kept);
+    length = kept;
+    if (keepText)
+        buffer[length] = 0;
     return true;
 }
 
 bool XN_String::THIS_Alloc(unsigned int units, bool keep) {
     if (capacity >= units)
         return true;
-    unsigned short* fresh = new unsigned short[units];
-    if (keep && buffer != nullptr)
-        CopyUnits(fresh, buffer, capacity);
-    else
+    const bool keepText = keep && buffer != nullptr;
+    Reallocate(units, keepText ? capacity : 0);
+    if (!keepText)
         length = 0;
+    return true;
+}
+
+void XN_String::Reallocate(unsigned int units, unsigned int keptUnits) {
+    unsigned short* fresh = new unsigned short[units];
+    CopyUnits(fresh, buffer, keptUnits);
     delete[] buffer;
     buffer = fresh;
     capacity = units;
-    return true;
 }
 
 bool XN_String::THIS_Append(const unsigned short* text, unsigned int count) {
     if (text == nullptr || count == 0)
         return true;
-    unsigned int newLength = length + count;
-    if (buffer == nullptr) {
-        THIS_Alloc(newLength + 1, false);
-    } else if (capacity < newLength + 1) {
-        unsigned short* fresh = new unsigned short[newLength + 1];
-        CopyUnits(fresh, buffer, length);
-        delete[] buffer;
-        buffer = fresh;
-        capacity = newLength + 1;
-    }
+    THIS_Alloc(length + count + 1, true);
     CopyUnits(buffer + length, text, count);
-    length = newLength;
+    length += count;
     buffer[length] = 0;
     return true;
 }

@@ -295,6 +295,9 @@ private:
     // UTF-32 units (any alignment) to UTF-16; counts only when `dst` is null. `count` <= 0 means up
     // to a 0 unit. Surrogate values and values above U+10FFFF become U+FFFD.
     static unsigned int UTF32toUTF16(const void* src, unsigned short* dst, long count, bool swap);
+    // A new buffer of exactly `units` units holding the first `keptUnits` units of the old one,
+    // which is released; the length is the caller's to set.
+    void Reallocate(unsigned int units, unsigned int keptUnits);
     void TakeOver(XN_String& source);
     XN_String MapUnits(unsigned short (*map)(unsigned short)) const;
     unsigned int FindForward(const XN_String& sub, unsigned int from, bool ignoreCase) const;

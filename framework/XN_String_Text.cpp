@@ -1,5 +1,6 @@
 // XN_String search, transformations, in-place replacement and the 8-bit helpers.
 #include "XN_String.hpp"
+#include "XN_StringInternal.hpp"
 
 #include <cctype>
 #include <cstring>
@@ -31,16 +32,12 @@ int LowerByte(char c) {
 // Byte-wise comparison of at most `n` bytes (0: no limit), stopping after the terminator. Bytes are
 // compared as signed 8-bit values, so bytes from 0x80 up sort before ASCII.
 int CompareBytes(const char* a, const char* b, unsigned int n, bool ignoreCase) {
-    unsigned int remaining = n == 0 ? 0xFFFFFFFFu : n;
-    for (; remaining > 0; ++a, ++b, --remaining) {
-        signed char ca = static_cast<signed char>(ignoreCase ? LowerByte(*a) : *a);
-        signed char cb = static_cast<signed char>(ignoreCase ? LowerByte(*b) : *b);
-        if (ca != cb)
-            return ca < cb ? -1 : 1;
-        if (ca == 0)
-            break;
-    }
-    return 0;
+    auto byteOf = [ignoreCase](const char* text) {
+        return [text, ignoreCase](unsigned int i) {
+            return static_cast<signed char>(ignoreCase ? LowerByte(text[i]) : text[i]);
+        };
+    };
+    return xn_internal::CompareUnitRuns(n, byteOf(a), byteOf(b));
 }
 
 } // namespace
