@@ -22,6 +22,9 @@ using Encoding = XN_String::Encoding;
 
 constexpr bool kBigEndianMachine = U_IS_BIG_ENDIAN;
 
+// A 0 unit of the widest encoding.
+const char kZeros[4] = {0, 0, 0, 0};
+
 // Code-unit width of an encoding in bytes: the size of its terminator and of the 0 unit that ends
 // a source given without a byte count.
 unsigned int UnitWidth(Encoding enc) {
@@ -187,7 +190,6 @@ std::size_t Utf32ToUtf16(const char* src, char16_t* dst, long count, bool swap) 
 std::size_t BytesToTerminator(const char* src, unsigned int width) {
     if (width == 1)
         return std::strlen(src);
-    static const char kZeros[4] = {0, 0, 0, 0};
     std::size_t bytes = 0;
     while (std::memcmp(src + bytes, kZeros, width) != 0)
         bytes += width;
@@ -439,7 +441,6 @@ bool EndsEarly(Encoding from, const char* src, long srcBytes, Encoding to, char*
         result = from < XN_String::Encoding_SystemDefault ? -4 : -5;
         return true;
     }
-    static const char kZeros[4] = {0, 0, 0, 0};
     if (srcBytes != 0 || std::memcmp(src, kZeros, UnitWidth(from)) != 0)
         return false;
     long terminator = UnitWidth(to);

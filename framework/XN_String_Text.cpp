@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -140,13 +141,14 @@ XN_String XN_String::Replace(char a, char b) const {
 XN_String XN_String::Replace(const XN_String& find, const XN_String& repl) const {
     if (IsNull() || find.IsNull() || repl.IsNull())
         return XN_String();
-    unsigned int occurrences = 0;
+    std::vector<unsigned int> matches;
     for (unsigned int p = IndexOf(find, 0); p != kNotFound; p = IndexOf(find, p + find.length))
-        ++occurrences;
+        matches.push_back(p);
+    const unsigned int n = static_cast<unsigned int>(matches.size());
     XN_String result;
-    result.THIS_Alloc(length + occurrences * (repl.length - find.length) + 1, false);
+    result.THIS_Alloc(length - n * find.length + n * repl.length + 1, false);
     unsigned int copied = 0;
-    for (unsigned int p = IndexOf(find, 0); p != kNotFound; p = IndexOf(find, p + find.length)) {
+    for (unsigned int p : matches) {
         result.THIS_Append(buffer + copied, p - copied);
         result.THIS_Append(repl.buffer, repl.length);
         copied = p + find.length;
