@@ -71,6 +71,8 @@ public:
     GSErrCode GetPosition(UInt64* position) const;
 
 private:
+    // The entry `name` of `parent`: the parent's status when it has failed, else as Check.
+    void CheckIn(const Folder& parent, const Name& name, OnNotFound onNotFound);
     void Check(OnNotFound onNotFound);
 
     Location location;

@@ -77,6 +77,9 @@ private:
     // The entries that pass `typeFilter`, sorted by name; read whole before any callback runs, so a
     // callback may change the folder.
     GSErrCode ListEntries(UInt32 typeFilter, std::vector<Entry>* entries) const;
+    // Calls `callback` for each listed entry until it answers false.
+    template <class Self, class Callback>
+    static GSErrCode VisitEntries(Self& folder, Callback callback, UInt32 typeFilter, void* userData);
     std::string EntryPath(const Name& name) const;
 
     Location location;

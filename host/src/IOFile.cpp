@@ -55,16 +55,15 @@ File::File(const Location& location, OnNotFound onNotFound)
     Check(onNotFound);
 }
 
-File::File(const Folder& parent, const Name& name) : path() {
-    parent.GetLocation(&location);
-    location.AppendToLocal(name);
-    path = LocationAccess::PathOf(location);
-    status = parent.GetStatus();
-    if (status == NoError)
-        Check(Fail);
+File::File(const Folder& parent, const Name& name) {
+    CheckIn(parent, name, Fail);
 }
 
 File::File(Folder& parent, const Name& name, OnNotFound onNotFound) {
+    CheckIn(parent, name, onNotFound);
+}
+
+void File::CheckIn(const Folder& parent, const Name& name, OnNotFound onNotFound) {
     parent.GetLocation(&location);
     location.AppendToLocal(name);
     path = LocationAccess::PathOf(location);

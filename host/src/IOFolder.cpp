@@ -129,6 +129,19 @@ GSErrCode Folder::ListEntries(UInt32 typeFilter, std::vector<Entry>* entries) co
     return NoError;
 }
 
+template <class Self, class Callback>
+GSErrCode Folder::VisitEntries(Self& folder, Callback callback, UInt32 typeFilter, void* userData) {
+    if (callback == nullptr)
+        return ErrParam;
+    std::vector<Entry> entries;
+    if (const GSErrCode error = folder.ListEntries(typeFilter, &entries))
+        return error;
+    for (const Entry& entry : entries)
+        if (!callback(folder, Name(entry.name.c_str()), entry.isFolder, userData))
+            break;
+    return NoError;
+}
+
 GSErrCode Folder::Enumerate(EnumCallbackConst callback, void* userData) const {
     return Enumerate(callback, ResolveLinks, FilterFiles | FilterFolders | FilterLinks | FilterUnknownTypes,
                      userData);
@@ -136,27 +149,11 @@ GSErrCode Folder::Enumerate(EnumCallbackConst callback, void* userData) const {
 
 GSErrCode Folder::Enumerate(EnumCallbackConst callback, LinkProcessing /*links*/, UInt32 typeFilter,
                             void* userData) const {
-    if (callback == nullptr)
-        return ErrParam;
-    std::vector<Entry> entries;
-    if (const GSErrCode error = ListEntries(typeFilter, &entries))
-        return error;
-    for (const Entry& entry : entries)
-        if (!callback(*this, Name(entry.name.c_str()), entry.isFolder, userData))
-            break;
-    return NoError;
+    return VisitEntries(*this, callback, typeFilter, userData);
 }
 
 GSErrCode Folder::Enumerate(EnumCallback callback, void* userData) {
-    if (callback == nullptr)
-        return ErrParam;
-    std::vector<Entry> entries;
-    if (const GSErrCode error = ListEntries(FilterFiles | FilterFolders, &entries))
-        return error;
-    for (const Entry& entry : entries)
-        if (!callback(*this, Name(entry.name.c_str()), entry.isFolder, userData))
-            break;
-    return NoError;
+    return VisitEntries(*this, callback, FilterFiles | FilterFolders, userData);
 }
 
 GSErrCode Folder::GetType(const Name& name, EntryType* result) const {
