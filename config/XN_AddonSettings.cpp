@@ -17,7 +17,6 @@ struct Store {
     bool loaded = false;
 };
 
-// An empty UTF-16 text.
 const unsigned short kNoUnits[1] = {0};
 
 Store sAddonSettings;
@@ -37,6 +36,18 @@ long Find(Store& store, const XN_String& key) {
     long found = -1;
     store.records.Search(KeyMatches, found, const_cast<XN_String*>(&key));
     return found;
+}
+
+// Get, then the value parsed by `parse` into *value (when non-null).
+template <typename Number, typename Parsed>
+bool GetNumber(XN_AddonSettings_Type type, const XN_String& key, Number* value, bool load,
+               Parsed (*parse)(const char*)) {
+    XN_String text;
+    if (!XN_AddonSettings_Get(type, key, &text, load))
+        return false;
+    if (value != nullptr)
+        *value = static_cast<Number>(parse(text.ToCStr().Get()));
+    return true;
 }
 
 } // namespace
@@ -105,12 +116,7 @@ XN_String XN_AddonSettings_Get(XN_AddonSettings_Type type, XN_String key, bool l
 }
 
 bool XN_AddonSettings_GetLong(XN_AddonSettings_Type type, XN_String key, long* value, bool load) {
-    XN_String text;
-    if (!XN_AddonSettings_Get(type, key, &text, load))
-        return false;
-    if (value != nullptr)
-        *value = static_cast<long>(XN_String::ToLong(text.ToCStr().Get()));
-    return true;
+    return GetNumber(type, key, value, load, XN_String::ToLong);
 }
 
 long XN_AddonSettings_GetLong(XN_AddonSettings_Type type, XN_String key, bool load) {
@@ -118,12 +124,7 @@ long XN_AddonSettings_GetLong(XN_AddonSettings_Type type, XN_String key, bool lo
 }
 
 bool XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, double* value, bool load) {
-    XN_String text;
-    if (!XN_AddonSettings_Get(type, key, &text, load))
-        return false;
-    if (value != nullptr)
-        *value = XN_String::ToDouble(text.ToCStr().Get());
-    return true;
+    return GetNumber(type, key, value, load, XN_String::ToDouble);
 }
 
 double XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, bool load) {

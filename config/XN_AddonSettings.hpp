@@ -5,10 +5,8 @@
 // folder (special location 14). A store is held in memory as a list of records, loaded from its
 // file on first use or on demand, changed in memory, and written back whole.
 //
-// File format: records "$" key ": " value LF, in the default 8-bit encoding; every line break inside
-// a value (LF, CR, or CR LF) is followed by "#". The whole image then has the two 4-bit halves of
-// every byte exchanged. Every add-on of the suite reads the file into a fixed buffer of
-// XN_SETTINGS_IMAGE_MAX bytes, so no larger image is ever written.
+// The file format is described in XN_SettingsFile.hpp. Every add-on of the suite reads the file into
+// a fixed buffer of XN_SETTINGS_IMAGE_MAX bytes, so no larger image is ever written.
 //
 // Everything here runs on the host's user-interface thread; the shared file is rewritten by every
 // add-on without locking (the last writer wins).

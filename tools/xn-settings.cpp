@@ -7,7 +7,10 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,8 +21,7 @@ const char* const kUsage =
 
 struct Command {
     const char* name;
-    int argumentCount; // after the command name
-    const char* synopsis;
+    const char* operands; // "FILE KEY ...": the arguments after the command name
     const char* help;
     int (*run)(const XN_Location& file, char** arguments);
 };
@@ -54,10 +56,6 @@ int Fail(const std::string& message) {
     return 1;
 }
 
-std::string PathOf(const XN_Location& file) {
-    return ToUtf8(file);
-}
-
 // Reads the file's records. Prints the reason and returns false when the file does not parse, or
 // when it is missing and `mustExist`.
 bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mustExist) {
@@ -66,19 +64,19 @@ bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mus
     switch (XN_SettingsFile_Read(file, records, &exists, &badOffset)) {
     case XN_SettingsFile_OK:
         if (!exists && mustExist) {
-            Fail(PathOf(file) + ": no such file");
+            Fail(ToUtf8(file) + ": no such file");
             return false;
         }
         return true;
     case XN_SettingsFile_ReadError:
-        Fail(PathOf(file) + ": cannot read the file");
+        Fail(ToUtf8(file) + ": cannot read the file");
         return false;
     case XN_SettingsFile_TooLarge:
-        Fail(PathOf(file) + ": larger than " + std::to_string(XN_SETTINGS_IMAGE_MAX) +
+        Fail(ToUtf8(file) + ": larger than " + std::to_string(XN_SETTINGS_IMAGE_MAX) +
              " bytes, which no add-on of the suite can read");
         return false;
     case XN_SettingsFile_Malformed:
-        Fail(PathOf(file) + ": record " + std::to_string(records.GetCount() + 1) +
+        Fail(ToUtf8(file) + ": record " + std::to_string(records.GetCount() + 1) +
              " is malformed (byte offset " + std::to_string(badOffset) + ")");
         return false;
     }
@@ -96,7 +94,7 @@ long IndexOfKey(const XN_List<XN_Setting>& records, const XN_String& key) {
 bool WriteRecords(const XN_Location& file, const XN_List<XN_Setting>& records) {
     if (XN_SettingsFile_Write(file, records))
         return true;
-    Fail(PathOf(file) + ": cannot write the file (it is left as it was)");
+    Fail(ToUtf8(file) + ": cannot write the file (it is left as it was)");
     return false;
 }
 
@@ -108,13 +106,22 @@ int Dump(const XN_Location& file, char**) {
     return ok ? 0 : 1;
 }
 
+// Reads the existing file and finds `key` in it; -1, reported, when the file does not read or holds
+// no record with the key.
+long ReadAndFind(const XN_Location& file, XN_List<XN_Setting>& records, const char* key) {
+    if (!ReadRecords(file, records, true))
+        return -1;
+    const long index = IndexOfKey(records, FromUtf8(key));
+    if (index < 0)
+        Fail(ToUtf8(file) + ": no key \"" + key + "\"");
+    return index;
+}
+
 int Get(const XN_Location& file, char** arguments) {
     XN_List<XN_Setting> records;
-    if (!ReadRecords(file, records, true))
-        return 1;
-    const long index = IndexOfKey(records, FromUtf8(arguments[0]));
+    const long index = ReadAndFind(file, records, arguments[0]);
     if (index < 0)
-        return Fail(PathOf(file) + ": no key \"" + arguments[0] + "\"");
+        return 1;
     std::cout << ToUtf8(records[index].value) << "\n";
     return 0;
 }
@@ -143,29 +150,26 @@ int Set(const XN_Location& file, char** arguments) {
 
 int Remove(const XN_Location& file, char** arguments) {
     XN_List<XN_Setting> records;
-    if (!ReadRecords(file, records, true))
-        return 1;
-    const long index = IndexOfKey(records, FromUtf8(arguments[0]));
+    const long index = ReadAndFind(file, records, arguments[0]);
     if (index < 0)
-        return Fail(PathOf(file) + ": no key \"" + arguments[0] + "\"");
+        return 1;
     records.DeleteData(index);
     return WriteRecords(file, records) ? 0 : 1;
 }
 
 const Command kCommands[] = {
-    {"dump", 1, "xn-settings dump FILE",
+    {"dump", "FILE",
      "Prints every record as \"key: value\", one per line, with line breaks in values shown as \\n\n"
      "(\\r for a carriage return, \\\\ for a backslash). A file that does not parse is reported with\n"
      "the malformed record's number and byte offset, after the records before it.\n",
      Dump},
-    {"get", 2, "xn-settings get FILE KEY",
+    {"get", "FILE KEY",
      "Prints the value of the first record with KEY (exact, case-sensitive) as it is stored.\n", Get},
-    {"set", 3, "xn-settings set FILE KEY VALUE",
+    {"set", "FILE KEY VALUE",
      "Gives KEY the value VALUE, adding the record at the end when KEY is absent. The file is created\n"
      "when missing and replaced atomically; a file that does not parse is left alone.\n",
      Set},
-    {"remove", 2, "xn-settings remove FILE KEY",
-     "Removes the first record with KEY and rewrites the file atomically.\n", Remove},
+    {"remove", "FILE KEY", "Removes the first record with KEY and rewrites the file atomically.\n", Remove},
 };
 
 const Command* FindCommand(const char* name) {
@@ -178,6 +182,12 @@ const Command* FindCommand(const char* name) {
 
 bool IsHelp(const char* argument) {
     return std::strcmp(argument, "--help") == 0 || std::strcmp(argument, "-h") == 0;
+}
+
+std::vector<std::string> Words(const char* text) {
+    std::istringstream split(text);
+    return std::vector<std::string>(std::istream_iterator<std::string>(split),
+                                    std::istream_iterator<std::string>());
 }
 
 XN_Location AbsoluteLocation(const char* path) {
@@ -196,14 +206,19 @@ int main(int argc, char** argv) {
     const Command* command = FindCommand(argv[1]);
     if (command == nullptr)
         return std::cerr << "xn-settings: unknown command \"" << argv[1] << "\"\n" << kUsage, 2;
+    const std::string usage =
+        std::string("usage: xn-settings ") + command->name + " " + command->operands + "\n";
     for (int i = 2; i < argc; ++i) {
         if (IsHelp(argv[i]))
-            return std::cout << "usage: " << command->synopsis << "\n" << command->help, 0;
+            return std::cout << usage << command->help, 0;
     }
-    if (argc - 2 != command->argumentCount)
-        return std::cerr << "xn-settings: " << command->name << " takes " << command->argumentCount
-                         << (command->argumentCount == 1 ? " argument" : " arguments")
-                         << "\nusage: " << command->synopsis << "\n",
+    const std::vector<std::string> operands = Words(command->operands);
+    const size_t given = static_cast<size_t>(argc - 2);
+    if (given != operands.size())
+        return std::cerr << "xn-settings: " << command->name << ": "
+                         << (given < operands.size() ? "missing " + operands[given] : "too many arguments")
+                         << "\n"
+                         << usage,
                2;
     return command->run(AbsoluteLocation(argv[2]), argv + 3);
 }

@@ -7,72 +7,58 @@ namespace {
 const XN_AddonSettings_Type kOwn = XN_AddonSettings_Addon;
 const XN_AddonSettings_Type kShared = XN_AddonSettings_AllAddons;
 
-using AddonSettingsTest = SharedFolderTest;
-
-TEST_F(AddonSettingsTest, SetReportsTrueWhetherOrNotItStored) {
-    XN_AddonSettings_Set(kOwn, "a", "1", true);
-    EXPECT_TRUE(XN_AddonSettings_Set(kOwn, "absent", "x", false));
-    EXPECT_EQ(1, XN_AddonSettings_GetCount(kOwn));
-    EXPECT_FALSE(XN_AddonSettings_Get(kOwn, "absent", nullptr, false));
-    EXPECT_TRUE(XN_AddonSettings_Set(kOwn, "a", "2", false));
-    EXPECT_EQ("2", Utf8(XN_AddonSettings_Get(kOwn, "a", false)));
+std::string Value(XN_AddonSettings_Type type, const char* key) {
+    return Utf8(XN_AddonSettings_Get(type, key, false));
 }
 
-TEST_F(AddonSettingsTest, KeysAreExactAndTheFirstRecordWins) {
+using AddonSettingsTest = SharedFolderTest;
+
+TEST_F(AddonSettingsTest, KeysAreExactTheFirstRecordWinsAndSetReportsTrue) {
     WritePlain(OwnPath(), "$Key: 1\n$key: 2\n$Key: 3\n");
     ASSERT_TRUE(XN_AddonSettings_Load(kOwn, false));
-    EXPECT_EQ("1", Utf8(XN_AddonSettings_Get(kOwn, "Key", false)));
-    EXPECT_EQ("2", Utf8(XN_AddonSettings_Get(kOwn, "key", false)));
-    EXPECT_EQ("", Utf8(XN_AddonSettings_Get(kOwn, "KEY", false)));
-    XN_AddonSettings_Set(kOwn, "Key", "9", false);
+    EXPECT_EQ("1", Value(kOwn, "Key"));
+    EXPECT_EQ("2", Value(kOwn, "key"));
+    EXPECT_EQ("", Value(kOwn, "KEY"));
+    EXPECT_TRUE(XN_AddonSettings_Set(kOwn, "absent", "x", false));
+    EXPECT_EQ(3, XN_AddonSettings_GetCount(kOwn));
+    EXPECT_TRUE(XN_AddonSettings_Set(kOwn, "Key", "9", false));
     ASSERT_TRUE(XN_AddonSettings_Remove(kOwn, "Key"));
-    EXPECT_EQ("3", Utf8(XN_AddonSettings_Get(kOwn, "Key", false)));
-    EXPECT_FALSE(XN_AddonSettings_Remove(kOwn, "nothing"));
+    EXPECT_EQ("3", Value(kOwn, "Key"));
+    EXPECT_FALSE(XN_AddonSettings_Remove(kOwn, "absent"));
 }
 
 TEST_F(AddonSettingsTest, NumbersAreStoredAsTheirText) {
-    XN_AddonSettings_SetLong(kOwn, "neg", -7, true);
+    XN_AddonSettings_SetLong(kOwn, "n", -7, true);
     XN_AddonSettings_SetDouble(kOwn, "d", 2.5, true);
-    XN_AddonSettings_Set(kOwn, "n", "42", true);
-    EXPECT_EQ("-7", Utf8(XN_AddonSettings_Get(kOwn, "neg", false)));
-    EXPECT_EQ("2.5", Utf8(XN_AddonSettings_Get(kOwn, "d", false)));
-    long n = 0;
+    EXPECT_EQ("-7", Value(kOwn, "n"));
+    EXPECT_EQ("2.5", Value(kOwn, "d"));
+    long n = 0, untouched = 5;
     ASSERT_TRUE(XN_AddonSettings_GetLong(kOwn, "n", &n, false));
-    EXPECT_EQ(42, n);
-    long untouched = 5;
+    EXPECT_EQ(-7, n);
     EXPECT_FALSE(XN_AddonSettings_GetLong(kOwn, "absent", &untouched, false));
     EXPECT_EQ(5, untouched);
     EXPECT_EQ(0, XN_AddonSettings_GetLong(kOwn, "absent", false));
     EXPECT_DOUBLE_EQ(2.5, XN_AddonSettings_GetDouble(kOwn, "d", false));
 }
 
-TEST_F(AddonSettingsTest, OnlyLoadSetSaveAndSavePersist) {
+TEST_F(AddonSettingsTest, OnlyLoadSetSaveAndSavePersistEachStoreToItsFile) {
     XN_AddonSettings_Set(kOwn, "memory", "1", true);
     EXPECT_TRUE(XN_AddonSettings_LoadSetSave(kOwn, "kept", "2", true));
-    EXPECT_EQ("$memory: 1\n$kept: 2\n", ReadPlain(OwnPath()));
+    EXPECT_TRUE(XN_AddonSettings_LoadSetSave(static_cast<XN_AddonSettings_Type>(7), "shared", "3", true));
     XN_AddonSettings_Remove(kOwn, "memory");
-    XN_AddonSettings_Clear(kShared);
     EXPECT_EQ("$memory: 1\n$kept: 2\n", ReadPlain(OwnPath()));
+    EXPECT_EQ("$shared: 3\n", ReadPlain(SharedPath()));
     ASSERT_TRUE(XN_AddonSettings_Save(kOwn));
     EXPECT_EQ("$kept: 2\n", ReadPlain(OwnPath()));
 }
 
-TEST_F(AddonSettingsTest, TheTwoStoresUseTheirOwnFiles) {
-    EXPECT_TRUE(XN_AddonSettings_LoadSetSave(kOwn, "own", "1", true));
-    EXPECT_TRUE(XN_AddonSettings_LoadSetSave(static_cast<XN_AddonSettings_Type>(7), "shared", "2", true));
-    EXPECT_EQ("$own: 1\n", ReadPlain(OwnPath()));
-    EXPECT_EQ("$shared: 2\n", ReadPlain(SharedPath()));
-    EXPECT_EQ("", Utf8(XN_AddonSettings_Get(kShared, "own", false)));
-}
-
-TEST_F(AddonSettingsTest, ForcedLoadSeesAnotherWritersChanges) {
+TEST_F(AddonSettingsTest, OnlyAForcedLoadSeesAnotherWritersChanges) {
     XN_AddonSettings_LoadSetSave(kShared, "a", "mine", true);
     WritePlain(SharedPath(), "$a: theirs\n");
-    EXPECT_EQ("mine", Utf8(XN_AddonSettings_Get(kShared, "a", true)));
     ASSERT_TRUE(XN_AddonSettings_Load(kShared, true));
     EXPECT_EQ("mine", Utf8(XN_AddonSettings_Get(kShared, "a", true)));
     ASSERT_TRUE(XN_AddonSettings_Load(kShared, false));
-    EXPECT_EQ("theirs", Utf8(XN_AddonSettings_Get(kShared, "a", true)));
+    EXPECT_EQ("theirs", Value(kShared, "a"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "SettingsTestSupport.hpp"
 
 #include "XN_Comm.hpp"
+#include "achost/Host.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -25,58 +26,78 @@ protected:
     }
 };
 
-TEST_F(CommTest, WrittenMarkersReadBack) {
+TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
+    const std::set<std::string> others = {
+        kSuiteMarker, "MoravelLibrary_190_18.sui", "X_18.sui", "X_119.sui", "X_19.cfg", "Quillane.cfg"};
+    for (const std::string& name : others)
+        TempFolder::Write(temp.PathOf(name), "x");
+    TempFolder::Write(temp.PathOf("Y_19.sui"), "x");
     ASSERT_TRUE(XN_Comm::AddOnFileWrite(true));
     EXPECT_EQ("$Moravel Loaded: TRUE\n", ReadPlain(temp.PathOf(kOwnMarker)));
     EXPECT_TRUE(XN_Comm::AddOnFileRead());
     ASSERT_TRUE(XN_Comm::AddOnFileWrite(false));
     EXPECT_EQ("$Moravel Loaded: FALSE\n", ReadPlain(temp.PathOf(kOwnMarker)));
     EXPECT_FALSE(XN_Comm::AddOnFileRead());
+    XN_Comm::AddOnsFileDelete();
+    EXPECT_EQ(others, FolderEntries());
+    EXPECT_FALSE(XN_Comm::AddOnFileRead()) << "no marker";
 }
 
 TEST_F(CommTest, OnlyOneExactTrueRecordReadsAsLoaded) {
-    struct Case {
+    const struct {
         const char* name;
-        std::string plain;
+        const char* plain;
         bool loaded;
     } cases[] = {
-        {"TRUE", "$Moravel Loaded: TRUE\n", true},
         {"the key is not looked at", "$Other: TRUE\n", true},
         {"lower case", "$Moravel Loaded: true\n", false},
         {"two records", "$Moravel Loaded: TRUE\n$Moravel Loaded: TRUE\n", false},
         {"no record", "", false},
         {"malformed", "Moravel Loaded: TRUE\n", false},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         WritePlain(temp.PathOf(kOwnMarker), c.plain);
         EXPECT_EQ(c.loaded, XN_Comm::AddOnFileRead());
     }
-    std::filesystem::remove(temp.PathOf(kOwnMarker));
-    EXPECT_FALSE(XN_Comm::AddOnFileRead());
 }
 
-TEST_F(CommTest, DeleteRemovesTheAddOnMarkersOfTheRelease) {
-    for (const char* name :
-         {"X_19.sui", "Y_19.sui", kSuiteMarker, "X_18.sui", "X_19.cfg", "X_119.sui", "Quillane.cfg"})
-        TempFolder::Write(temp.PathOf(name), "x");
-    XN_Comm::AddOnsFileDelete();
-    EXPECT_EQ((std::set<std::string>{kSuiteMarker, "X_18.sui", "X_19.cfg", "X_119.sui", "Quillane.cfg"}),
-              FolderEntries());
+// The central add-on's 'SUIT' command decides when the host has it; otherwise the suite marker of
+// the running release tells the result while `loaded` stays false.
+TEST_F(CommTest, SuiteIsLoadedAsksTheCentralAddOnThenItsMarker) {
+    const API_ModulID suite = XN_Comm::ModulID(XN_Comm_Suite);
+    const API_ModulID other = XN_Comm::ModulID(XN_Comm_MoravelLibrary);
+    const struct {
+        const char* name;
+        std::vector<achost::DeclaredCommand> commands;
+        const char* marker; // file written in the shared folder first, or null
+        const char* answer; // "<result> <loaded>"
+    } cases[] = {
+        {"the central add-on answers", {{suite, 'SUIT', 1}}, nullptr, "1 1"},
+        {"no answer, no marker", {}, nullptr, "0 0"},
+        {"no answer, the suite marker", {}, kSuiteMarker, "1 0"},
+        {"another release's marker", {}, "Moravel_AC18.sui", "0 0"},
+        {"another add-on answers 'SUIT'", {{other, 'SUIT', 1}}, kSuiteMarker, "1 0"},
+        {"the central add-on answers another command", {{suite, 'TEST', 1}}, nullptr, "0 0"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (c.marker != nullptr)
+            TempFolder::Write(temp.PathOf(c.marker), "");
+        achost::HostOptions options;
+        options.commands = c.commands;
+        options.onViolation = [](const std::string& message) { ADD_FAILURE() << message; };
+        achost::Host host(options);
+        std::string error;
+        ASSERT_TRUE(host.Start(COMM_PROBE, &error)) << error;
+        ASSERT_TRUE(host.ChooseMenuItem(32500, 1, &error)) << error;
+        EXPECT_EQ(c.answer, host.FindMenu(32500)->items[0].text);
+        if (c.marker != nullptr)
+            std::filesystem::remove(temp.PathOf(c.marker));
+    }
 }
 
-TEST_F(CommTest, SuiteMarkerPresence) {
-    EXPECT_FALSE(XN_Comm::SuiteFileExist());
-    TempFolder::Write(temp.PathOf("Moravel_AC18.sui"), "x");
-    EXPECT_FALSE(XN_Comm::SuiteFileExist());
-    TempFolder::Write(temp.PathOf(kSuiteMarker), "");
-    EXPECT_TRUE(XN_Comm::SuiteFileExist());
-    XN_Location location;
-    ASSERT_TRUE(XN_Comm::SuiteFileLocation(22, location));
-    EXPECT_EQ(temp.PathOf("Moravel_AC22.sui"), Utf8(location));
-}
-
-TEST(CommIdentifierTest, InvalidCodesGiveBlanks) {
+TEST(CommIdentifierTest, TwentySixIdentifiersOfTheSuiteAndBlanksOtherwise) {
     for (int code : {-4, -1, 23, 1000}) {
         SCOPED_TRACE(code);
         EXPECT_EQ(0x2020202020202020ULL, XN_Comm::GetMDID(static_cast<XN_Comm_AddOnsCode>(code)));
@@ -84,9 +105,7 @@ TEST(CommIdentifierTest, InvalidCodesGiveBlanks) {
     std::set<unsigned long long> identifiers;
     for (int code = -3; code <= 22; ++code) {
         const unsigned long long id = XN_Comm::GetMDID(static_cast<XN_Comm_AddOnsCode>(code));
-        if (code != -1) {
-            EXPECT_EQ(0x4E525644ULL, id & 0xFFFFFFFFULL) << "code " << code;
-        }
+        EXPECT_TRUE(code == -1 || (id & 0xFFFFFFFFULL) == 0x4E525644ULL) << "code " << code;
         identifiers.insert(id);
     }
     EXPECT_EQ(26u, identifiers.size());
