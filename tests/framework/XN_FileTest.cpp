@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -90,40 +91,26 @@ TEST_F(XN_FileTest, TextRoundTripsInEveryUnicodeForm) {
     }
 }
 
+// Little-endian forms lose the zero high bytes of their last character: kept, readers of these files
+// never relied on the last character's full width.
 TEST_F(XN_FileTest, TrailingZeroBytesAreNeverWritten) {
-    struct Case {
-        const char* name;
-        XN_String text;
-        E::Encoding encoding;
-        bool bom;
-        std::string bytes;
-    };
     const unsigned short endsInZero[] = {'a', 0};
-    const Case cases[] = {
-        {"UTF-8 with mark", Utf8("Aé"), E::Encoding_UTF8, true,
-         "\xEF\xBB\xBF"
-         "A\xC3\xA9"},
-        {"UTF-16BE with mark", Utf8("Aé"), E::Encoding_UTF16BE, true, std::string("\xFE\xFF\0A\0\xE9", 6)},
+    const std::tuple<const char*, XN_String, E::Encoding, bool, std::string> cases[] = {
+        {"UTF-8 with mark", Utf8("Aé"), E::Encoding_UTF8, true, "\xEF\xBB\xBF\x41\xC3\xA9"},
         {"UTF-32BE", Utf8("Aé"), E::Encoding_UTF32BE, false, std::string("\0\0\0A\0\0\0\xE9", 8)},
-        // Little-endian forms lose the zero high bytes of their last character: kept, readers
-        // of these files never relied on the last character's full width.
-        {"UTF-16 loses the last high byte", Utf8("Aé"), E::Encoding_UTF16, true,
-         std::string("\xFF\xFE"
-                     "A\0\xE9",
-                     5)},
-        {"UTF-32 loses the last high bytes", Utf8("Aé"), E::Encoding_UTF32, false,
-         std::string("A\0\0\0\xE9", 5)},
+        {"UTF-16 with mark", Utf8("Aé"), E::Encoding_UTF16, true, std::string("\xFF\xFE\x41\0\xE9", 5)},
+        {"UTF-32", Utf8("Aé"), E::Encoding_UTF32, false, std::string("A\0\0\0\xE9", 5)},
         {"a zero character at the end", XN_String(endsInZero, 2), E::Encoding_UTF8, false, "a"},
         {"the null string", XN_String(), E::Encoding_UTF8, false, ""}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, text, encoding, bom, bytes] : cases) {
+        SCOPED_TRACE(name);
         XN_File file;
         ASSERT_EQ(file.Open(At("t"), XN_File_WriteEmptyMode), 0);
         unsigned long written = 100;
-        EXPECT_EQ(file.WriteFullText(c.text, c.encoding, c.bom, &written), 0);
+        EXPECT_EQ(file.WriteFullText(text, encoding, bom, &written), 0);
         EXPECT_EQ(file.Close(), 0);
-        EXPECT_EQ(written, 100 + c.bytes.size());
-        EXPECT_EQ(Bytes("t"), c.bytes);
+        EXPECT_EQ(written, 100 + bytes.size());
+        EXPECT_EQ(Bytes("t"), bytes);
     }
 }
 
@@ -143,26 +130,20 @@ TEST_F(XN_FileTest, AppendOrWriteAfresh) {
 
 TEST_F(XN_FileTest, BinaryReads) {
     TempFolder::Write(temp.PathOf("b"), "0123456789");
-    struct Case {
-        const char* name;
-        unsigned long size;
-        unsigned long offset;
-        int result;
-        unsigned long sizeAfter;
-        std::string bytes;
-    };
-    const Case cases[] = {{"whole file", 0, 0, 0, 10, "0123456789"},
-                          {"slice", 3, 2, 0, 3, "234"},
-                          {"whole file from an offset runs past the end", 0, 4, 5, 0, "456789"}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    // size asked, offset, result, size after, bytes read
+    const std::tuple<unsigned long, unsigned long, int, unsigned long, std::string> cases[] = {
+        {0, 0, 0, 10, "0123456789"},
+        {3, 2, 0, 3, "234"},
+        {0, 4, 5, 0, "456789"}}; // the last runs past the end
+    for (const auto& [asked, offset, result, sizeAfter, bytes] : cases) {
+        SCOPED_TRACE(offset);
         char buffer[16] = {};
-        unsigned long size = c.size;
+        unsigned long size = asked;
         bool exists = false;
-        EXPECT_EQ(XN_File::ReadBin(At("b"), buffer, &size, &exists, c.offset), c.result);
+        EXPECT_EQ(XN_File::ReadBin(At("b"), buffer, &size, &exists, offset), result);
         EXPECT_TRUE(exists);
-        EXPECT_EQ(size, c.result == 0 ? c.sizeAfter : c.size);
-        EXPECT_EQ(std::string(buffer), c.bytes);
+        EXPECT_EQ(size, result == 0 ? sizeAfter : asked);
+        EXPECT_EQ(std::string(buffer), bytes);
     }
     unsigned long size = 0;
     bool exists = true;
