@@ -66,7 +66,9 @@ std::uint32_t ReadUnit32(const char* p, bool swap) {
     return swap ? Swap32(v) : v;
 }
 
-// A growable buffer kept by each thread, so that large conversions do not allocate twice.
+// A growable buffer kept for the module's life, so that large conversions do not allocate twice.
+// Strings are used on the host's main thread only. Not thread_local: a thread-local object with a
+// destructor keeps the add-on's library mapped after dlclose, so its statics would survive an unload.
 template <class T>
 class Scratch {
 public:
@@ -83,12 +85,12 @@ private:
     std::size_t size = 0;
 };
 
-thread_local Scratch<char16_t> sUnitScratch;
-thread_local Scratch<char> sByteScratch;
+Scratch<char16_t> sUnitScratch;
+Scratch<char> sByteScratch;
 
 // ---- ICU converters ---------------------------------------------------------------------------------
 
-// Open converters by name, one set per thread (ICU converters are not shareable between threads).
+// Open converters by name, kept for the module's life (main thread only, like the buffers above).
 class ConverterCache {
 public:
     ~ConverterCache() {
@@ -119,7 +121,11 @@ private:
     std::vector<Entry> entries;
 };
 
-thread_local ConverterCache sConverters;
+// Made on first use: static strings of other files convert before this file's statics are built.
+ConverterCache& Converters() {
+    static ConverterCache converters;
+    return converters;
+}
 
 // The converter of an 8-bit encoding, UTF-7 or UTF-8. Encoding_SystemDefault and every value we do
 // not know use the locale's codeset; the C/POSIX locale's ASCII counts as UTF-8 because file
@@ -127,25 +133,25 @@ thread_local ConverterCache sConverters;
 UConverter* ConverterFor(Encoding enc) {
     switch (enc) {
     case XN_String::Encoding_UTF7:
-        return sConverters.Get("UTF-7");
+        return Converters().Get("UTF-7");
     case XN_String::Encoding_UTF8:
-        return sConverters.Get("UTF-8");
+        return Converters().Get("UTF-8");
     case XN_String::Encoding_ASCII:
-        return sConverters.Get("US-ASCII");
+        return Converters().Get("US-ASCII");
     case XN_String::Encoding_MacRoman:
-        return sConverters.Get("macintosh");
+        return Converters().Get("macintosh");
     case XN_String::Encoding_WindowsLatin1:
-        return sConverters.Get("windows-1252");
+        return Converters().Get("windows-1252");
     case XN_String::Encoding_ISOLatin1:
-        return sConverters.Get("ISO-8859-1");
+        return Converters().Get("ISO-8859-1");
     default:
         break;
     }
     const char* codeset = nl_langinfo(CODESET);
-    UConverter* converter = codeset != nullptr && *codeset != 0 ? sConverters.Get(codeset) : nullptr;
+    UConverter* converter = codeset != nullptr && *codeset != 0 ? Converters().Get(codeset) : nullptr;
     UErrorCode err = U_ZERO_ERROR;
     if (converter == nullptr || std::strcmp(ucnv_getName(converter, &err), "US-ASCII") == 0)
-        return sConverters.Get("UTF-8");
+        return Converters().Get("UTF-8");
     return converter;
 }
 
