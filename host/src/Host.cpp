@@ -129,6 +129,11 @@ void Host::Impl::Unload() {
     entries.freeData();
     handlers.clear();
     Close();
+    // A library that stays mapped keeps its statics, so the next load would not start afresh.
+    if (void* still = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
+        dlclose(still);
+        Violation("dlclose: " + path + " stays in memory (a thread_local object with a destructor holds it)");
+    }
 }
 
 Host::Host(HostOptions options) : impl(std::make_unique<Impl>(std::move(options))) {

@@ -54,7 +54,7 @@ struct Host::Impl {
     bool Initialize(std::string* error);
     // Open + Initialize: a later load of a started add-on.
     bool Load(std::string* error);
-    // FreeData, then Close.
+    // FreeData, then Close; reports an add-on whose library stays mapped after it.
     void Unload();
     // dlclose without any call into the add-on.
     void Close();

@@ -1,9 +1,5 @@
 // The host's loading protocol and menus, against the fixture add-ons (real modules, really loaded).
-#include "achost/ElfFile.hpp"
-#include "achost/FrontEnd.hpp"
-#include "achost/Host.hpp"
-
-#include "TempFolder.hpp"
+#include "HostTest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,23 +7,17 @@ namespace {
 
 class HostTest : public ::testing::Test {
 protected:
-    // A host whose add-on errors fail the test, unless a test collects them itself.
-    achost::HostOptions Options(std::vector<std::string>* collected = nullptr) {
-        achost::HostOptions options;
-        options.onViolation = [collected](const std::string& message) {
-            if (collected != nullptr)
-                collected->push_back(message);
-            else
-                ADD_FAILURE() << "add-on error: " << message;
-        };
-        return options;
-    }
     std::string ItemText(const achost::Host& host, short menu, size_t item) {
         const achost::Menu* found = host.FindMenu(menu);
         return found != nullptr && item <= found->items.size() ? found->items[item - 1].text : "<none>";
     }
+    void Start(achost::Host& host, const char* path = FIXTURE_GOOD) {
+        std::string error;
+        ASSERT_TRUE(host.Start(path, &error)) << error;
+    }
 };
 
+// The real add-on and the achost program cover a missing file, a plain library and another host kind.
 TEST_F(HostTest, RefusesWhatCannotRun) {
     const struct {
         const char* name;
@@ -36,19 +26,15 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     } cases[] = {
         {"missing entry point", FIXTURE_NO_FREEDATA,
          FIXTURE_NO_FREEDATA " is not an add-on: it does not export FreeData"},
-        {"plain shared library", ACHOST_API_LIBRARY,
-         ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, RegisterInterface, "
-                            "Initialize, FreeData"},
         {"declines to register", FIXTURE_DECLINES,
          FIXTURE_DECLINES " did not register: CheckEnvironment answered 0"},
         {"Initialize fails", FIXTURE_FAILS_INITIALIZE,
          "Initialize of " FIXTURE_FAILS_INITIALIZE " failed with error 0x81060001"},
         {"text file", FIXTURE_GRC, FIXTURE_GRC " is not a shared library (no ELF header)"},
-        {"missing file", "/nonexistent/Addon.so", "cannot read /nonexistent/Addon.so"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        achost::Host host(Options());
+        achost::Host host(xn_test::StrictOptions());
         std::string error;
         EXPECT_FALSE(host.Start(c.path, &error));
         EXPECT_EQ(c.error, error);
@@ -58,19 +44,9 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     }
 }
 
-TEST_F(HostTest, AnotherHostKindIsDeclinedByTheAddon) {
-    achost::HostOptions options = Options();
-    options.hostKind = 1;
-    achost::Host host(options);
-    std::string error;
-    EXPECT_FALSE(host.Start(FIXTURE_GOOD, &error));
-    EXPECT_EQ(FIXTURE_GOOD " did not register: CheckEnvironment answered 0", error);
-}
-
 TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
-    achost::Host host(Options());
-    std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_GOOD, &error)) << error;
+    achost::Host host(xn_test::StrictOptions());
+    Start(host);
     EXPECT_EQ("Fixture", host.AddonName());
     EXPECT_EQ("Café \"quoted\"", host.AddonDescription());
     const achost::Menu* menu = host.RegisteredMenu();
@@ -95,9 +71,8 @@ TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
 // The module is really unloaded between commands until it asks to be kept: its static counter
 // starts again after each reload.
 TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
-    achost::Host host(Options());
-    std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_GOOD, &error)) << error;
+    achost::Host host(xn_test::StrictOptions());
+    Start(host);
     const struct {
         Int32 item;
         const char* countText;
@@ -110,6 +85,7 @@ TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
         {1, "Commands since load: 1", false, 4},
     };
     int step = 0;
+    std::string error;
     for (const auto& s : steps) {
         SCOPED_TRACE("step " + std::to_string(++step));
         ASSERT_TRUE(host.ChooseMenuItem(s.item, &error)) << error;
@@ -119,10 +95,20 @@ TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
     }
 }
 
+TEST_F(HostTest, AnAddonThatStaysMappedAfterItsUnloadIsReported) {
+    std::vector<std::string> violations;
+    achost::Host host(xn_test::StrictOptions(&violations));
+    Start(host, FIXTURE_STAYS_MAPPED);
+    host.Quit();
+    EXPECT_EQ(std::vector<std::string>{"dlclose: " FIXTURE_STAYS_MAPPED
+                                       " stays in memory (a thread_local object with a destructor holds it)"},
+              violations);
+}
+
 TEST_F(HostTest, ChoosingItemsReachesTheHandlerOfThatMenuOnly) {
-    achost::Host host(Options());
+    achost::Host host(xn_test::StrictOptions());
+    Start(host);
     std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_GOOD, &error)) << error;
     ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
     EXPECT_EQ(0u, host.RegisteredMenu()->items[2].flags);
     ASSERT_TRUE(host.ChooseMenuItem(32501, 2, &error)) << error;
@@ -147,9 +133,9 @@ TEST_F(HostTest, ChoosingItemsReachesTheHandlerOfThatMenuOnly) {
 }
 
 TEST_F(HostTest, ReloadStartsANewRunWithFreshState) {
-    achost::Host host(Options());
+    achost::Host host(xn_test::StrictOptions());
+    Start(host);
     std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_GOOD, &error)) << error;
     ASSERT_TRUE(host.ChooseMenuItem(2, &error) && host.ChooseMenuItem(1, &error)) << error;
     ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
     ASSERT_TRUE(host.Reload(&error)) << error;
@@ -161,58 +147,14 @@ TEST_F(HostTest, ReloadStartsANewRunWithFreshState) {
 
 TEST_F(HostTest, CallsInTheWrongStateAreReportedByName) {
     std::vector<std::string> violations;
-    achost::Host host(Options(&violations));
-    std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_MISBEHAVES, &error)) << error;
+    achost::Host host(xn_test::StrictOptions(&violations));
+    Start(host, FIXTURE_MISBEHAVES);
     const std::vector<std::string> expected = {"ACAPI_Interface: not allowed in RegisterInterface",
                                                "ACAPI_Register_Menu: not allowed in Initialize"};
     EXPECT_EQ(expected, violations);
     EXPECT_EQ(expected, host.Violations());
     EXPECT_EQ("Count", ItemText(host, 32500, 1));
     EXPECT_FALSE(host.FindMenu(32501)->registered);
-}
-
-TEST_F(HostTest, AnAddonExportsOnlyItsEntryPoints) {
-    achost::ElfFile file;
-    std::string error;
-    ASSERT_TRUE(file.Open(FIXTURE_GOOD, &error)) << error;
-    const std::vector<std::string> expected = {"CheckEnvironment", "FreeData", "Initialize",
-                                               "RegisterInterface"};
-    EXPECT_EQ(expected, file.Exports());
-}
-
-class ScriptTest : public HostTest {
-protected:
-    xn_test::TempFolder temp;
-};
-
-TEST_F(ScriptTest, StopsAtTheFirstFailedExpectationWithItsLine) {
-    const std::string script = temp.PathOf("wrong.acs");
-    xn_test::TempFolder::Write(script, "# the menu as it starts\n"
-                                       "expect registered 32500\n"
-                                       "menu 1\n"
-                                       "expect menu 32500 1 \"Commands since load: 2\"\n"
-                                       "expect menu 32500 1 \"never reached\"\n");
-    achost::Host host(Options());
-    std::string error;
-    ASSERT_TRUE(host.Start(FIXTURE_GOOD, &error)) << error;
-    achost::ScriptFrontEnd frontEnd;
-    ASSERT_TRUE(frontEnd.Load(script, &error)) << error;
-    EXPECT_FALSE(achost::RunSession(host, frontEnd));
-    EXPECT_EQ(script +
-                  ":4: expected menu 32500 item 1 \"Commands since load: 2\", saw \"Commands since load: 1\"",
-              frontEnd.Failure());
-}
-
-TEST_F(ScriptTest, AMalformedLineIsRefusedBeforeAnythingRuns) {
-    const std::string script = temp.PathOf("bad.acs");
-    xn_test::TempFolder::Write(script, "menu 1\n\nexpect menu 32500 one \"x\"\n");
-    achost::ScriptFrontEnd frontEnd;
-    std::string error;
-    EXPECT_FALSE(frontEnd.Load(script, &error));
-    EXPECT_EQ(script + ":3: malformed 'expect menu' line; expected expect menu RESID ITEM \"TEXT\" | "
-                       "expect menu RESID ITEM checked|unchecked",
-              error);
 }
 
 } // namespace
