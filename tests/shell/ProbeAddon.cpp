@@ -2,6 +2,7 @@
 // host, with inputs the test chooses, and show the results as item texts.
 #include "ACAPinc.h"
 #include "ResourceCases.hpp"
+#include "XN_AddonSettings.hpp"
 #include "XN_Language.hpp"
 #include "XN_Menu.hpp"
 #include "XN_Resource.hpp"
@@ -29,8 +30,11 @@ GSErrCode ProbeMenu(const API_MenuParams* params) {
         const XN_String text = XN_Resource_GetString(c.resID, c.index, c.localized);
         gXN_Language = 1;
         XN_Menu_SetText(kProbeMenu, item, text);
+    } else if (item == kResourceCaseCount + 1) {
+        SendCommand(32502, 1);
     } else {
-        SendCommand(item == kResourceCaseCount + 1 ? 32502 : 32501, item == kResourceCaseCount + 1 ? 1 : 7);
+        SendCommand(32501, 7);
+        XN_Menu_SetText(kProbeMenu, item, XN_AddonSettings_Get(XN_AddonSettings_AllAddons, "Probe", false));
     }
     return NoError;
 }

@@ -1,33 +1,39 @@
 // The shell's resource strings and command rules, run inside the real host by the probe add-on.
 #include "ResourceCases.hpp"
-#include "achost/Host.hpp"
-#include "achost/SharedFolder.hpp"
 
-#include "TempFolder.hpp"
+#include "HostTest.hpp"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace {
 
-class ShellTest : public xn_test::TempFolderTest {
+constexpr Int32 kOtherMenuCommand = kResourceCaseCount + 1;
+// Sends item 7 of the International menu, then shows the suite's shared setting "Probe" as held.
+constexpr Int32 kOwnMenuCommand = kResourceCaseCount + 2;
+
+class ShellTest : public xn_test::SharedFolderTest {
 protected:
     void SetUp() override {
-        achost::SetSharedFolder(temp.PathOf("Shared"));
-        options.onViolation = [](const std::string& message) {
-            ADD_FAILURE() << "add-on error: " << message;
-        };
+        xn_test::SharedFolderTest::SetUp();
+        std::string error;
+        ASSERT_TRUE(host.Start(PROBE_ADDON, &error)) << error;
     }
-    void TearDown() override {
-        achost::SetSharedFolder("");
-        xn_test::TempFolderTest::TearDown();
+    // Stores "Probe" in the suite's shared settings file, as another add-on of the suite would.
+    void StoreShared(const std::string& value) {
+        std::filesystem::create_directories(temp.PathOf("Shared"));
+        std::string output;
+        ASSERT_EQ(0, xn_test::RunProgram(XN_SETTINGS_PROGRAM " set " + temp.PathOf("Shared/Quillane.cfg") +
+                                             " Probe " + value,
+                                         &output))
+            << output;
     }
-    achost::HostOptions options;
+    achost::Host host{options};
 };
 
 TEST_F(ShellTest, ResourceStringsFallBackToInternationalThenToMarkers) {
-    achost::Host host(options);
     std::string error;
-    ASSERT_TRUE(host.Start(PROBE_ADDON, &error)) << error;
     for (int k = 0; k < kResourceCaseCount; ++k) {
         const ResourceCase& c = kResourceCases[k];
         SCOPED_TRACE("case " + std::to_string(k + 1) + ": " + c.expected);
@@ -41,14 +47,32 @@ TEST_F(ShellTest, ResourceStringsFallBackToInternationalThenToMarkers) {
 // A command meant for another menu does nothing, not even keep the add-on loaded; an item past the
 // six runs the common steps, which keep it.
 TEST_F(ShellTest, ACommandForAnotherMenuDoesNothing) {
-    achost::Host host(options);
     std::string error;
-    ASSERT_TRUE(host.Start(PROBE_ADDON, &error)) << error;
-    ASSERT_TRUE(host.ChooseMenuItem(kResourceCaseCount + 1, &error)) << error;
+    ASSERT_TRUE(host.ChooseMenuItem(kOtherMenuCommand, &error)) << error;
     EXPECT_FALSE(host.IsLoaded());
-    ASSERT_TRUE(host.ChooseMenuItem(kResourceCaseCount + 2, &error)) << error;
+    ASSERT_TRUE(host.ChooseMenuItem(kOwnMenuCommand, &error)) << error;
     EXPECT_TRUE(host.IsLoaded());
     EXPECT_EQ(2, host.LoadCount());
+}
+
+// The first command of a host run re-reads the language, which reloads the suite's shared settings;
+// later commands do not, and a reload starts a new run.
+TEST_F(ShellTest, OnlyTheFirstCommandOfEachHostRunRereadsTheSettings) {
+    const struct {
+        bool reloadFirst;
+        const char* stored;
+        const char* held;
+    } steps[] = {{false, "first", "first"}, {false, "second", "first"}, {true, "third", "third"}};
+    std::string error;
+    for (const auto& s : steps) {
+        SCOPED_TRACE(s.stored);
+        if (s.reloadFirst) {
+            ASSERT_TRUE(host.Reload(&error)) << error;
+        }
+        StoreShared(s.stored);
+        ASSERT_TRUE(host.ChooseMenuItem(kOwnMenuCommand, &error)) << error;
+        EXPECT_EQ(s.held, host.RegisteredMenu()->items[kOwnMenuCommand - 1].text);
+    }
 }
 
 } // namespace
