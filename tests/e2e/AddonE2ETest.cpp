@@ -1,30 +1,30 @@
 // The real add-on in the real host: through the C++ driver, and through the achost program.
 #include "achost/ElfFile.hpp"
-#include "achost/FrontEnd.hpp"
-#include "achost/Host.hpp"
-#include "achost/SharedFolder.hpp"
 
-#include "TempFolder.hpp"
+#include "HostTest.hpp"
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
+#include <filesystem>
 
 namespace {
 
-class AddonTest : public xn_test::TempFolderTest {
+class AddonTest : public xn_test::SharedFolderTest {
 protected:
-    void SetUp() override {
-        achost::SetSharedFolder(temp.PathOf("Shared"));
-        options.onViolation = [](const std::string& message) {
-            ADD_FAILURE() << "add-on error: " << message;
-        };
+    void Start(achost::Host& host) {
+        std::string error;
+        ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
     }
-    void TearDown() override {
-        achost::SetSharedFolder("");
-        xn_test::TempFolderTest::TearDown();
+    // Runs xn-settings VERB on the add-on's own settings file; returns what it printed.
+    std::string Settings(const std::string& verb, const std::string& arguments) {
+        std::filesystem::create_directories(temp.PathOf("Shared"));
+        std::string output;
+        xn_test::RunProgram(XN_SETTINGS_PROGRAM " " + verb + " " +
+                                temp.PathOf("Shared/MoravelLibrary_190.cfg") + " " + arguments +
+                                " 2>/dev/null",
+                            &output);
+        return output;
     }
-    achost::HostOptions options;
 };
 
 TEST_F(AddonTest, ExportsExactlyTheFourEntryPoints) {
@@ -38,8 +38,7 @@ TEST_F(AddonTest, ExportsExactlyTheFourEntryPoints) {
 
 TEST_F(AddonTest, RegistersItselfAndItsLibrary) {
     achost::Host host(options);
-    std::string error;
-    ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+    Start(host);
     EXPECT_EQ("MoravelLibrary", host.AddonName());
     EXPECT_EQ("MoravelLibrary 19.0 (AC190)", host.AddonDescription());
     EXPECT_TRUE(host.BuiltInLibraryRegistered());
@@ -49,31 +48,19 @@ TEST_F(AddonTest, RegistersItselfAndItsLibrary) {
     EXPECT_EQ(7u, host.Menus().size());
 }
 
-TEST_F(AddonTest, AnotherHostKindIsNotRegistered) {
-    options.hostKind = 1;
-    achost::Host host(options);
-    std::string error;
-    EXPECT_FALSE(host.Start(MORAVEL_LIBRARY, &error));
-    EXPECT_EQ(MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0", error);
-}
-
 // Until a command of its own menu keeps it, the add-on is unloaded after each command; the Russian
 // menu has no handler, so choosing its items keeps nothing.
 TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
     achost::Host host(options);
-    std::string error;
-    ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+    Start(host);
     const struct {
         short menu;
         Int32 item;
         bool loadedAfter;
         int loads;
-    } steps[] = {{32506, 1, false, 1},
-                 {32506, 6, false, 2},
-                 {32501, 2, true, 3},
-                 {32501, 6, true, 3},
-                 {32506, 3, true, 3}};
+    } steps[] = {{32506, 1, false, 1}, {32506, 6, false, 2}, {32501, 2, true, 3}, {32506, 3, true, 3}};
     int step = 0;
+    std::string error;
     for (const auto& s : steps) {
         SCOPED_TRACE("step " + std::to_string(++step));
         ASSERT_TRUE(host.ChooseMenuItem(s.menu, s.item, &error)) << error;
@@ -82,36 +69,23 @@ TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
     }
 }
 
-// The language dialog through the C++ driver: each closing stores what it should in the add-on's own
-// settings file, read back with the support tool.
+// The language dialog: each closing stores what it should in the add-on's own settings file.
 TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
     const struct {
         const char* name;
         std::vector<std::string> lines;
-        std::string stored; // xn-settings' output for "Language_str"
+        std::string stored;
     } cases[] = {
-        {"Cancel after a selection", {"select 3 1", "click 2"}, ""},
-        {"OK on the language in force", {"click 1"}, ""},
-        {"OK on another language", {"select 3 1", "click 1"}, "ita\n"},
+        {"Cancel after a selection", {"menu 3", "select 3 1", "click 2"}, ""},
+        {"OK on the language in force", {"menu 3", "click 1"}, ""},
+        {"OK on another language", {"menu 3", "select 3 1", "click 1"}, "ita\n"},
     };
-    const std::string file = temp.PathOf("Shared") + "/MoravelLibrary_190.cfg";
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::Host host(options);
-        std::string error;
-        ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
-        achost::DriverFrontEnd driver;
-        ASSERT_TRUE(driver.Add("menu 3"));
-        for (const auto& line : c.lines)
-            ASSERT_TRUE(driver.Add(line));
-        EXPECT_TRUE(achost::RunSession(host, driver)) << driver.Failure();
-        std::string stored;
-        FILE* pipe = popen((XN_SETTINGS_PROGRAM " get " + file + " Language_str 2>/dev/null").c_str(), "r");
-        char buffer[256];
-        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
-            stored += buffer;
-        pclose(pipe);
-        EXPECT_EQ(c.stored, stored);
+        Start(host);
+        EXPECT_EQ("", xn_test::RunLines(host, c.lines));
+        EXPECT_EQ(c.stored, Settings("get", "Language_str"));
     }
 }
 
@@ -119,13 +93,9 @@ class AchostProgramTest : public xn_test::TempFolderTest {
 protected:
     // Runs achost with no terminal; returns its exit code and what it printed on both streams.
     int Run(const std::string& arguments, std::string* output) {
-        const std::string command = std::string(ACHOST_PROGRAM) + " --shared-folder " +
-                                    temp.PathOf("Shared") + " " + arguments + " </dev/null 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        char buffer[4096];
-        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
-            *output += buffer;
-        return WEXITSTATUS(pclose(pipe));
+        return xn_test::RunProgram(ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") + " " +
+                                       arguments + " </dev/null 2>&1",
+                                   output);
     }
 };
 
@@ -142,7 +112,10 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
          "/failing/wrong_expectation.acs:4: expected menu 32501 item 1 \"About Something Else...\", saw "
          "\"About MoravelLibrary...\"\n"},
         {"unknown verb", "--script " E2E_DIR "/failing/unknown_verb.acs " MORAVEL_LIBRARY, 2,
-         E2E_DIR "/failing/unknown_verb.acs:2: unknown verb 'jump' (help lists the actions)\n"},
+         E2E_DIR "/failing/unknown_verb.acs:3: unknown verb 'jump' (help lists the actions)\n"},
+        {"malformed line", "--script " E2E_DIR "/failing/malformed_line.acs " MORAVEL_LIBRARY, 2,
+         E2E_DIR "/failing/malformed_line.acs:3: malformed 'expect menu' line; expected expect menu RESID "
+                 "ITEM \"TEXT\" | expect menu RESID ITEM checked|unchecked\n"},
         {"missing script", "--script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, 2,
          temp.PathOf("no.acs") + ":0: cannot read the script\n"},
         {"missing add-on", noAddon, 2, "achost: cannot read " + noAddon + "\n"},
