@@ -98,6 +98,15 @@ bool CopyString(const char* call, short resID, short index, GSResModule module, 
     return found.has_value();
 }
 
+// The 8-bit forms: the UTF-8 text as it is, NUL-terminated.
+bool CopyNarrowString(const char* call, char* str, short resID, short index, GSResModule module) {
+    std::string text;
+    if (str == nullptr || !CopyString(call, resID, index, module, &text))
+        return false;
+    std::memcpy(str, text.c_str(), text.size() + 1);
+    return true;
+}
+
 } // namespace
 
 namespace achost {
@@ -230,17 +239,9 @@ bool ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index, GSRes
 }
 
 bool ACAPI_Resource_GetLocStr(char* str, short resID, short index, GSResModule resModule) {
-    std::string text;
-    if (str == nullptr || !CopyString("ACAPI_Resource_GetLocStr", resID, index, resModule, &text))
-        return false;
-    std::memcpy(str, text.c_str(), text.size() + 1);
-    return true;
+    return CopyNarrowString("ACAPI_Resource_GetLocStr", str, resID, index, resModule);
 }
 
 bool ACAPI_Resource_GetFixStr(char* str, short resID, short index, GSResModule resModule) {
-    std::string text;
-    if (str == nullptr || !CopyString("ACAPI_Resource_GetFixStr", resID, index, resModule, &text))
-        return false;
-    std::memcpy(str, text.c_str(), text.size() + 1);
-    return true;
+    return CopyNarrowString("ACAPI_Resource_GetFixStr", str, resID, index, resModule);
 }
