@@ -26,18 +26,6 @@ Store& StoreOf(XN_AddonSettings_Type type) {
     return type == XN_AddonSettings_Addon ? sAddonSettings : sAllAddonsSettings;
 }
 
-bool KeyMatches(char* element, void* wanted) {
-    const XN_Setting* record = reinterpret_cast<const XN_Setting*>(element);
-    return XN_String::Compare(record->key, 0, *static_cast<const XN_String*>(wanted), 0, 0) == 0;
-}
-
-// Index of the first record with `key`, or -1.
-long Find(Store& store, const XN_String& key) {
-    long found = -1;
-    store.records.Search(KeyMatches, found, const_cast<XN_String*>(&key));
-    return found;
-}
-
 // Get, then the value parsed by `parse` into *value (when non-null).
 template <typename Number, typename Parsed>
 bool GetNumber(XN_AddonSettings_Type type, const XN_String& key, Number* value, bool load,
@@ -100,7 +88,7 @@ bool XN_AddonSettings_Get(XN_AddonSettings_Type type, XN_String key, XN_String* 
     Store& store = StoreOf(type);
     if (!store.loaded && load && !XN_AddonSettings_Load(type, true))
         return false;
-    const long index = Find(store, key);
+    const long index = XN_SettingsFile_IndexOf(store.records, key);
     if (index < 0)
         return false;
     if (value != nullptr)
@@ -133,7 +121,7 @@ double XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, boo
 
 bool XN_AddonSettings_Set(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create) {
     Store& store = StoreOf(type);
-    const long index = Find(store, key);
+    const long index = XN_SettingsFile_IndexOf(store.records, key);
     if (index >= 0)
         store.records[index].value = value;
     else if (create)
@@ -157,7 +145,7 @@ bool XN_AddonSettings_LoadSetSave(XN_AddonSettings_Type type, XN_String key, XN_
 
 bool XN_AddonSettings_Remove(XN_AddonSettings_Type type, XN_String key) {
     Store& store = StoreOf(type);
-    const long index = Find(store, key);
+    const long index = XN_SettingsFile_IndexOf(store.records, key);
     if (index < 0)
         return false;
     store.records.DeleteData(index);

@@ -107,6 +107,11 @@ int ParseRecord(const char* bytes, unsigned long size, unsigned long& pos, XN_Se
     }
 }
 
+bool KeyMatches(char* element, void* wanted) {
+    const XN_Setting* record = reinterpret_cast<const XN_Setting*>(element);
+    return XN_String::Compare(record->key, 0, *static_cast<const XN_String*>(wanted), 0, 0) == 0;
+}
+
 } // namespace
 
 void XN_SettingsFile_ExchangeHalves(char* bytes, unsigned long size) {
@@ -133,6 +138,12 @@ bool XN_SettingsFile_BuildImage(const XN_List<XN_Setting>& records, std::string&
     }
     image += built;
     return true;
+}
+
+long XN_SettingsFile_IndexOf(XN_List<XN_Setting>& records, const XN_String& key) {
+    long found = -1;
+    records.Search(KeyMatches, found, const_cast<XN_String*>(&key));
+    return found;
 }
 
 bool XN_SettingsFile_ParseImage(const char* bytes, unsigned long size, XN_List<XN_Setting>& records,
@@ -173,11 +184,12 @@ XN_SettingsFile_Status XN_SettingsFile_Read(const XN_Location& file, XN_List<XN_
     // (rename over it) between two opens.
     IO::File input(file, IO::File::Fail);
     if (exists != nullptr)
-        *exists = input.GetStatus() == NoError;
-    if (input.GetStatus() != NoError)
+        *exists = input.GetStatus() != IO::File::FileNotFound;
+    if (input.GetStatus() == IO::File::FileNotFound)
         return XN_SettingsFile_OK;
     UInt64 length = 0;
-    if (input.Open(IO::File::ReadMode) != NoError || input.GetDataLength(&length) != NoError)
+    if (input.GetStatus() != NoError || input.Open(IO::File::ReadMode) != NoError ||
+        input.GetDataLength(&length) != NoError)
         return XN_SettingsFile_ReadError;
     const USize size = length > XN_SETTINGS_IMAGE_MAX ? XN_SETTINGS_IMAGE_MAX : static_cast<USize>(length);
     std::string image(size + 1, '\0');

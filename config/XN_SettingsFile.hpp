@@ -26,6 +26,9 @@ bool XN_SettingsFile_BuildImage(const XN_List<XN_Setting>& records, std::string&
 bool XN_SettingsFile_ParseImage(const char* bytes, unsigned long size, XN_List<XN_Setting>& records,
                                 unsigned long* badOffset);
 
+// Index of the first record whose key is exactly `key` (case-sensitive), or -1.
+long XN_SettingsFile_IndexOf(XN_List<XN_Setting>& records, const XN_String& key);
+
 enum XN_SettingsFile_Status {
     XN_SettingsFile_OK = 0,
     XN_SettingsFile_ReadError, // the host could not read the file
@@ -33,8 +36,9 @@ enum XN_SettingsFile_Status {
     XN_SettingsFile_Malformed, // a malformed record (at *badOffset)
 };
 
-// Reads the scrambled file and appends its records. A missing or inaccessible file reads as empty
-// (OK, *exists false). On TooLarge the records of the first XN_SETTINGS_IMAGE_MAX bytes are appended.
+// Reads the scrambled file and appends its records. A missing file reads as empty (OK, *exists
+// false); anything else at the path that cannot be read, a folder among them, is a ReadError. On TooLarge the
+// records of the first XN_SETTINGS_IMAGE_MAX bytes are appended.
 XN_SettingsFile_Status XN_SettingsFile_Read(const XN_Location& file, XN_List<XN_Setting>& records,
                                             bool* exists, unsigned long* badOffset);
 

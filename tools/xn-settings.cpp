@@ -83,18 +83,10 @@ bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mus
     return false;
 }
 
-long IndexOfKey(const XN_List<XN_Setting>& records, const XN_String& key) {
-    for (long i = 0; i < records.GetCount(); ++i) {
-        if (records[i].key == key)
-            return i;
-    }
-    return -1;
-}
-
 bool WriteRecords(const XN_Location& file, const XN_List<XN_Setting>& records) {
     if (XN_SettingsFile_Write(file, records))
         return true;
-    Fail(ToUtf8(file) + ": cannot write the file (it is left as it was)");
+    Fail(ToUtf8(file) + ": cannot write the file (nothing was changed)");
     return false;
 }
 
@@ -111,7 +103,7 @@ int Dump(const XN_Location& file, char**) {
 long ReadAndFind(const XN_Location& file, XN_List<XN_Setting>& records, const char* key) {
     if (!ReadRecords(file, records, true))
         return -1;
-    const long index = IndexOfKey(records, FromUtf8(key));
+    const long index = XN_SettingsFile_IndexOf(records, FromUtf8(key));
     if (index < 0)
         Fail(ToUtf8(file) + ": no key \"" + key + "\"");
     return index;
@@ -140,7 +132,7 @@ int Set(const XN_Location& file, char** arguments) {
         return 1;
     const XN_String key = FromUtf8(arguments[0]);
     const XN_String value = FromUtf8(arguments[1]);
-    const long index = IndexOfKey(records, key);
+    const long index = XN_SettingsFile_IndexOf(records, key);
     if (index >= 0)
         records[index].value = value;
     else
