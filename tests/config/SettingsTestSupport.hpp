@@ -5,7 +5,6 @@
 #include "TempFolder.hpp"
 
 #include "XN_SettingsFile.hpp"
-#include "achost/Faults.hpp"
 #include "achost/SharedFolder.hpp"
 
 #include <string>
@@ -46,8 +45,6 @@ protected:
     }
     std::string SharedPath() const { return temp.PathOf("Quillane.cfg"); }
     std::string OwnPath() const { return temp.PathOf("MoravelLibrary_190.cfg"); }
-
-    achost::ScopedFaults faults;
 };
 
 } // namespace xn_test

@@ -20,14 +20,14 @@ std::string Quoted(const std::string& argument) {
 
 class SettingsToolTest : public TempFolderTest {
 protected:
+    // Runs xn-settings with `arguments`; the word FILE stands for the test's file.
     Outcome Run(const std::vector<std::string>& arguments) {
         std::string command = XN_SETTINGS_TOOL;
         for (const std::string& argument : arguments)
             command += " " + Quoted(argument == "FILE" ? File() : argument);
         const std::string out = temp.PathOf("out.txt"), err = temp.PathOf("err.txt");
         const int status = std::system((command + " >" + out + " 2>" + err).c_str());
-        Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, TempFolder::Read(out),
-                        TempFolder::Read(err)};
+        Outcome outcome{WEXITSTATUS(status), TempFolder::Read(out), TempFolder::Read(err)};
         std::remove(out.c_str());
         std::remove(err.c_str());
         return outcome;
@@ -39,64 +39,28 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
     const std::string big = "$a: " + std::string(XN_SETTINGS_IMAGE_MAX, 'v') + "\n";
     const struct {
         const char* name;
-        const char* before; // plain image, null: no file; the file is expected unchanged unless `after`
+        const char* before; // plain image; null: no file
         std::vector<std::string> arguments;
         int exitCode;
         const char* out;
         const char* errPart;
-        const char* after;
+        const char* after = nullptr; // plain image; null: as before
     } cases[] = {
-        {"dump escapes line breaks",
-         "$a: x\n#y\r#\\\n$b: \n",
-         {"dump", "FILE"},
-         0,
-         "a: x\\ny\\r\\\\\nb: \n",
-         "",
-         nullptr},
-        {"dump names the malformed record",
-         "$a: 1\n$b: 2\nx",
-         {"dump", "FILE"},
-         1,
-         "a: 1\n",
-         "s.cfg: record 2 is malformed (byte offset 12)\n",
-         nullptr},
-        {"dump of a missing file", nullptr, {"dump", "FILE"}, 1, "", "s.cfg: no such file\n", nullptr},
-        {"dump of a file too large",
-         big.c_str(),
-         {"dump", "FILE"},
-         1,
-         "",
-         "larger than 100000 bytes",
-         nullptr},
-        {"get prints the value as stored", "$a: x\n#y\n", {"get", "FILE", "a"}, 0, "x\ny\n", "", nullptr},
-        {"get of an absent key", "$a: 1\n", {"get", "FILE", "A"}, 1, "", "s.cfg: no key \"A\"\n", nullptr},
-        {"set replaces a value",
-         "$a: 1\n$b: 2\n",
-         {"set", "FILE", "a", "x\ny"},
-         0,
-         "",
-         "",
-         "$a: x\n#y\n$b: 2\n"},
-        {"set appends a new key", "$a: 1\n", {"set", "FILE", "c", "3"}, 0, "", "", "$a: 1\n$c: 3\n"},
-        {"set creates a missing file", nullptr, {"set", "FILE", "c", "3"}, 0, "", "", "$c: 3\n"},
-        {"set refuses a key with a colon",
-         "$a: 1\n",
-         {"set", "FILE", "a:b", "3"},
-         1,
-         "",
-         "must not",
-         nullptr},
-        {"set leaves a malformed file alone", "x", {"set", "FILE", "a", "1"}, 1, "", "malformed", nullptr},
+        {"dump", "$a: x\n#y\r#\\\n$b: \n", {"dump", "FILE"}, 0, "a: x\\ny\\r\\\\\nb: \n", ""},
+        {"bad record", "$a: 1\n$b\n", {"dump", "FILE"}, 1, "a: 1\n", "record 2 is malformed (byte offset 6)"},
+        {"missing file", nullptr, {"dump", "FILE"}, 1, "", "s.cfg: no such file\n"},
+        {"a folder", nullptr, {"get", temp.Path(), "a"}, 1, "", "work: cannot read the file\n"},
+        {"too large", big.c_str(), {"dump", "FILE"}, 1, "", "larger than 100000 bytes"},
+        {"get", "$a: x\n#y\n", {"get", "FILE", "a"}, 0, "x\ny\n", ""},
+        {"get absent key", "$a: 1\n", {"get", "FILE", "A"}, 1, "", "s.cfg: no key \"A\"\n"},
+        {"set replaces", "$a: 1\n$b: 2\n", {"set", "FILE", "a", "x\ny"}, 0, "", "", "$a: x\n#y\n$b: 2\n"},
+        {"set appends", "$a: 1\n", {"set", "FILE", "c", "3"}, 0, "", "", "$a: 1\n$c: 3\n"},
+        {"set creates the file", nullptr, {"set", "FILE", "c", "3"}, 0, "", "", "$c: 3\n"},
+        {"set key with a colon", "$a: 1\n", {"set", "FILE", "a:b", "3"}, 1, "", "must not"},
+        {"set on a malformed file", "x", {"set", "FILE", "a", "1"}, 1, "", "malformed"},
         {"remove", "$a: 1\n$b: 2\n", {"remove", "FILE", "a"}, 0, "", "", "$b: 2\n"},
-        {"remove of an absent key", "$a: 1\n", {"remove", "FILE", "b"}, 1, "", "no key \"b\"", nullptr},
-        {"a missing argument",
-         "$a: 1\n",
-         {"get", "FILE"},
-         2,
-         "",
-         "usage: xn-settings get FILE KEY\n",
-         nullptr},
-        {"unknown command", "$a: 1\n", {"show", "FILE"}, 2, "", "unknown command \"show\"", nullptr},
+        {"no key given", "$a: 1\n", {"get", "FILE"}, 2, "", "missing KEY\nusage: xn-settings get FILE KEY"},
+        {"unknown command", "$a: 1\n", {"show", "FILE"}, 2, "", "unknown command \"show\""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -115,34 +79,25 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
 
 TEST_F(SettingsToolTest, EveryCommandHasHelp) {
     for (const char* command : {"dump", "get", "set", "remove"}) {
-        SCOPED_TRACE(command);
         const Outcome outcome = Run({command, "--help"});
-        EXPECT_EQ(0, outcome.exitCode);
-        EXPECT_EQ(0u, outcome.out.find(std::string("usage: xn-settings ") + command));
+        EXPECT_EQ(0, outcome.exitCode) << command;
+        EXPECT_EQ(0u, outcome.out.find(std::string("usage: xn-settings ") + command)) << outcome.out;
     }
     EXPECT_EQ(0, Run({"--help"}).exitCode);
     EXPECT_EQ(2, Run({}).exitCode);
 }
 
-// The add-on reads at its next start the language the tool stored. Russian (index 6) is not supported
-// here: the add-on starts in International and the Russian menu's items reach no handler.
-TEST_F(SettingsToolTest, TheAddOnStartsInTheStoredLanguage) {
-    const struct {
-        const char* stored;
-        const char* script;
-    } cases[] = {
-        {"ita", "expect registered 32500\nexpect menu 32506 3 \"Lingua...\"\nquit\n"},
-        {"rus", "expect registered 32501\nexpect menu 32506 3 \"Language...\"\nmenu 32506 3\nquit\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.stored);
-        ASSERT_EQ(0, Run({"set", temp.PathOf("MoravelLibrary_190.cfg"), "Language_str", c.stored}).exitCode);
-        TempFolder::Write(temp.PathOf("start.acs"), c.script);
-        const std::string command = std::string(ACHOST_PROGRAM) + " --shared-folder " + Quoted(temp.Path()) +
-                                    " --script " + Quoted(temp.PathOf("start.acs")) + " " + MORAVEL_LIBRARY +
-                                    " >" + Quoted(temp.PathOf("achost.txt")) + " 2>&1";
-        EXPECT_EQ(0, std::system(command.c_str())) << TempFolder::Read(temp.PathOf("achost.txt"));
-    }
+// Russian (index 6) stored by the tool is not supported here: the add-on starts in International,
+// and the Russian menu's items reach no handler.
+TEST_F(SettingsToolTest, AnUnsupportedStoredLanguageStartsInInternational) {
+    ASSERT_EQ(0, Run({"set", temp.PathOf("MoravelLibrary_190.cfg"), "Language_str", "rus"}).exitCode);
+    TempFolder::Write(temp.PathOf("start.acs"),
+                      "expect registered 32501\nexpect menu 32506 3 \"Language...\"\n"
+                      "menu 32506 3\nquit\n");
+    const std::string command = std::string(ACHOST_PROGRAM) + " --shared-folder " + Quoted(temp.Path()) +
+                                " --script " + Quoted(temp.PathOf("start.acs")) + " " + MORAVEL_LIBRARY +
+                                " >" + Quoted(temp.PathOf("achost.txt")) + " 2>&1";
+    EXPECT_EQ(0, std::system(command.c_str())) << TempFolder::Read(temp.PathOf("achost.txt"));
 }
 
 TEST_F(SettingsToolTest, ConcurrentWritersNeverLeaveAnUnreadableFile) {
