@@ -72,9 +72,14 @@ void MenuCommandHandler(const API_MenuParams* params, const short& menuID) {
     }
 }
 
+// Each handler answers NoError, as the host expects of a command that ran; an exception (memory
+// exhaustion) never crosses into the host: the command is simply cut short.
 #define XN_MENU_HANDLER(name, menuID)                                                                        \
     GSErrCode name(const API_MenuParams* params) {                                                           \
-        MenuCommandHandler(params, menuID);                                                                  \
+        try {                                                                                                \
+            MenuCommandHandler(params, menuID);                                                              \
+        } catch (...) {                                                                                      \
+        }                                                                                                    \
         return NoError;                                                                                      \
     }
 
