@@ -40,12 +40,8 @@ struct LanguageDialogData {
 // appends the same sequence again, which therefore does no harm. Lives as long as the add-on.
 XN_List<short> langIndexes;
 
-GS::UniString ToUniString(const XN_String& text) {
-    return text.GetBuffer() != nullptr ? GS::UniString(text.GetBuffer(), text.GetLength()) : GS::UniString();
-}
-
 GS::UniString GeneralString(short language, long index) {
-    return ToUniString(
+    return XN_ToUniString(
         XN_Resource_GetString(static_cast<short>(XN_RES_GENERAL_TEXTS + language), index, true));
 }
 

@@ -38,8 +38,7 @@ GSErrCode XN_Menu_SetText(short menuResID, int itemIndex, const XN_String& text)
     std::memset(&ref, 0, sizeof ref);
     ref.menuResID = menuResID;
     ref.itemIndex = itemIndex;
-    GS::UniString unicode =
-        text.GetBuffer() != nullptr ? GS::UniString(text.GetBuffer(), text.GetLength()) : GS::UniString();
+    GS::UniString unicode = XN_ToUniString(text);
     return ACAPI_Interface(APIIo_SetMenuItemTextID, &ref, nullptr, &unicode);
 }
 

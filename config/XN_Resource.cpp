@@ -45,3 +45,7 @@ XN_String XN_Resource_GetString(short resID, long index, bool localized) {
     ACAPI_Resource_GetFixStr(fixed, resID, static_cast<short>(index), ACAPI_GetOwnResModule());
     return Marker("_ERR_NO_");
 }
+
+GS::UniString XN_ToUniString(const XN_String& text) {
+    return text.GetBuffer() != nullptr ? GS::UniString(text.GetBuffer(), text.GetLength()) : GS::UniString();
+}
