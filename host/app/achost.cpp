@@ -2,8 +2,12 @@
 #include "achost/FrontEnd.hpp"
 #include "achost/SharedFolder.hpp"
 
+#include <editline/readline.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -27,11 +31,12 @@ const char kHelp[] =
     "                        the four-character command CMD up to VERSION (default 1), as\n"
     "                        ACAPI_Command_Test reports; repeatable. In a script: command DEVID LOCALID "
     "\"CMD\"\n"
-    "  --script FILE         run the actions and expectations of FILE, one per line\n"
+    "  --script FILE         run the actions and expectations of FILE, one per line, as they are read\n"
+    "                        (FILE - or /dev/stdin: standard input, which may be a pipe)\n"
     "  --list-menus          print every menu the add-on defined and stop\n"
     "\n"
     "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
-    "2 bad arguments, an add-on that cannot run or a malformed script.\n";
+    "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written.\n";
 
 struct Arguments {
     std::string addon, script, sharedFolder;
@@ -49,60 +54,125 @@ std::string DefaultAddon() {
     return (slash == std::string::npos ? std::string(".") : path.substr(0, slash)) + "/MoravelLibrary.so";
 }
 
-bool ParseArguments(int argc, char** argv, Arguments* args) {
+// A decimal number from 0 to 2^31 - 1, nothing else.
+bool ParseKind(const std::string& text, API_ApplicationTypeID* kind) {
+    if (text.empty() || text.size() > 10 || text.find_first_not_of("0123456789") != std::string::npos)
+        return false;
+    const long long value = std::stoll(text);
+    *kind = static_cast<API_ApplicationTypeID>(value);
+    return value <= 2147483647;
+}
+
+// False with the reason when the arguments do not make one session.
+bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) {
+    bool script = false, sharedFolder = false, hostKind = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        const bool hasValue = i + 1 < argc;
-        if (arg == "--script" && hasValue)
-            args->script = argv[++i];
-        else if (arg == "--shared-folder" && hasValue)
-            args->sharedFolder = argv[++i];
-        else if (arg == "--host-kind" && hasValue)
-            args->hostKind = std::atoi(argv[++i]);
-        else if (arg == "--command" && hasValue) {
+        const bool takesValue =
+            arg == "--script" || arg == "--shared-folder" || arg == "--host-kind" || arg == "--command";
+        if (takesValue && i + 1 >= argc) {
+            *error = arg + " needs a value";
+            return false;
+        }
+        const std::string value = takesValue ? argv[++i] : "";
+        bool* seen = arg == "--script"          ? &script
+                     : arg == "--shared-folder" ? &sharedFolder
+                     : arg == "--host-kind"     ? &hostKind
+                                                : nullptr;
+        if (seen != nullptr && *seen) {
+            *error = arg + " is given twice";
+            return false;
+        }
+        if (seen != nullptr)
+            *seen = true;
+        if (arg == "--script")
+            args->script = value;
+        else if (arg == "--shared-folder")
+            args->sharedFolder = value;
+        else if (arg == "--host-kind" && !ParseKind(value, &args->hostKind)) {
+            *error = "--host-kind takes a number from 0 to 2147483647, not '" + achost::Shown(value) + "'";
+            return false;
+        } else if (arg == "--command") {
             achost::DeclaredCommand command;
-            if (!achost::ParseDeclaredCommand(argv[++i], &command))
+            if (!achost::ParseDeclaredCommand(value, &command)) {
+                *error = "--command takes DEVID:LOCALID:CMD[:VERSION], not '" + achost::Shown(value) + "'";
                 return false;
+            }
             args->commands.push_back(command);
         } else if (arg == "--help")
             args->help = true;
         else if (arg == "--list-menus")
             args->listMenus = true;
-        else if (arg[0] != '-' && args->addon.empty())
+        else if (!takesValue && (arg.empty() || arg[0] != '-') && args->addon.empty())
             args->addon = arg;
-        else
+        else if (!takesValue) {
+            *error = arg.empty() || arg[0] != '-' ? "one add-on only, not also '" + achost::Shown(arg) + "'"
+                                                  : "unknown option " + achost::Shown(arg);
             return false;
+        }
+        if ((takesValue && value.empty()) || (!takesValue && arg.empty())) {
+            *error = (takesValue ? arg + " needs a value" : std::string("the add-on's path is empty"));
+            return false;
+        }
+    }
+    if (args->listMenus && script) {
+        *error = "--list-menus and --script exclude each other";
+        return false;
     }
     if (args->addon.empty())
         args->addon = DefaultAddon();
-    return !(args->listMenus && !args->script.empty());
+    return true;
 }
 
 int RunScript(achost::Host& host, const std::string& script) {
     achost::ScriptFrontEnd frontEnd;
     std::string error;
-    if (!frontEnd.Load(script, &error)) {
+    if (!frontEnd.Open(script, &error)) {
         std::cerr << error << "\n";
         return 2;
     }
-    if (!achost::RunSession(host, frontEnd)) {
+    const bool held = achost::RunSession(host, frontEnd);
+    if (!frontEnd.Failure().empty())
         std::cerr << frontEnd.Failure() << "\n";
-        return 1;
+    if (frontEnd.Malformed())
+        return 2;
+    return held && host.Violations().empty() ? 0 : 1;
+}
+
+// A typed line with editing and history (standard input is a terminal).
+bool EditLine(const std::string& prompt, std::string* line) {
+    char* text = readline(prompt.c_str());
+    if (text == nullptr)
+        return false;
+    if (*text != '\0')
+        add_history(text);
+    *line = text;
+    std::free(text);
+    return true;
+}
+
+// Whatever the session printed must have reached its reader: a full disk or a closed pipe is exit 2.
+int Finish(int code) {
+    std::cout.flush();
+    if (!std::cout || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::cerr << "achost: cannot write the output: " << std::strerror(errno) << "\n";
+        return 2;
     }
-    return host.Violations().empty() ? 0 : 1;
+    return code;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     Arguments args;
-    if (!ParseArguments(argc, argv, &args)) {
-        std::cerr << kUsage;
+    std::string error;
+    if (!ParseArguments(argc, argv, &args, &error)) {
+        std::cerr << "achost: " << error << "\n" << kUsage;
         return 2;
     }
     if (args.help) {
         std::cout << kUsage << kHelp;
-        return 0;
+        return Finish(0);
     }
     if (!args.sharedFolder.empty())
         achost::SetSharedFolder(args.sharedFolder);
@@ -110,7 +180,6 @@ int main(int argc, char** argv) {
     options.hostKind = args.hostKind;
     options.commands = args.commands;
     achost::Host host(options);
-    std::string error;
     if (!host.Start(args.addon, &error)) {
         std::cerr << "achost: " << error << "\n";
         return 2;
@@ -118,12 +187,15 @@ int main(int argc, char** argv) {
     if (args.listMenus) {
         for (const achost::Menu* menu : host.Menus())
             achost::WriteMenu(std::cout, *menu);
-        return 0;
+        return Finish(0);
     }
     if (!args.script.empty())
-        return RunScript(host, args.script);
+        return Finish(RunScript(host, args.script));
     std::cout << host.AddonName() << " - " << host.AddonDescription() << "\n";
-    achost::TerminalFrontEnd terminal(std::cin, std::cout);
+    achost::LineReader reader;
+    if (isatty(STDIN_FILENO))
+        reader = EditLine;
+    achost::TerminalFrontEnd terminal(std::cin, std::cout, reader);
     achost::RunSession(host, terminal);
-    return 0;
+    return Finish(0);
 }

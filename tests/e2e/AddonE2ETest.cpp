@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace {
 
@@ -91,57 +92,100 @@ TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
 
 class AchostProgramTest : public xn_test::TempFolderTest {
 protected:
-    // Runs achost with no terminal; returns its exit code and what it printed on both streams.
-    int Run(const std::string& arguments, std::string* output) {
-        return xn_test::RunProgram(ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") + " " +
-                                       arguments + " </dev/null 2>&1",
+    // Runs achost after `before` (shell words; standard input is empty unless they end in a pipe),
+    // with its shared folder in the temporary folder; returns its exit code and what it printed on
+    // both streams, unless `after` redirects standard output.
+    int Run(const std::string& before, const std::string& arguments, std::string* output,
+            const std::string& after = "") {
+        const bool piped = before.find('|') != std::string::npos;
+        return xn_test::RunProgram(before + " env XDG_DATA_HOME=" + temp.PathOf("data") +
+                                       " " ACHOST_PROGRAM " " + arguments + (piped ? "" : " </dev/null") +
+                                       " 2>&1" + after,
                                    output);
     }
 };
 
 TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
-    const std::string noAddon = temp.PathOf("none.so");
+    const std::string noAddon = temp.PathOf("none.so"), script = temp.PathOf("s.acs");
+    ASSERT_EQ(0, mkfifo(temp.PathOf("fifo").c_str(), 0600));
+    std::filesystem::copy_file(ACHOST_API_LIBRARY, temp.PathOf("MoravelLibrary.so"));
+    const std::string usage =
+        "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
+        "              [--script FILE] [ADDON]\n"
+        "       achost --list-menus [ADDON]\n"
+        "       achost --help\n";
     const struct {
         const char* name;
-        std::string arguments;
+        std::string script; // written to s.acs first when not empty
+        std::string before, arguments, after;
         int exitCode;
         std::string output;
     } cases[] = {
-        {"wrong expectation", "--script " E2E_DIR "/failing/wrong_expectation.acs " MORAVEL_LIBRARY, 1,
-         E2E_DIR
-         "/failing/wrong_expectation.acs:4: expected menu 32501 item 1 \"About Something Else...\", saw "
-         "\"About MoravelLibrary...\"\n"},
-        {"unknown verb", "--script " E2E_DIR "/failing/unknown_verb.acs " MORAVEL_LIBRARY, 2,
-         E2E_DIR "/failing/unknown_verb.acs:3: unknown verb 'jump' (help lists the actions)\n"},
-        {"malformed line", "--script " E2E_DIR "/failing/malformed_line.acs " MORAVEL_LIBRARY, 2,
-         E2E_DIR "/failing/malformed_line.acs:3: malformed 'expect menu' line; expected expect menu RESID "
-                 "ITEM \"TEXT\" | expect menu RESID ITEM checked|unchecked\n"},
-        {"missing script", "--script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, 2,
-         temp.PathOf("no.acs") + ":0: cannot read the script\n"},
-        {"missing add-on", noAddon, 2, "achost: cannot read " + noAddon + "\n"},
-        {"not an add-on", ACHOST_API_LIBRARY, 2,
+        {"wrong expectation",
+         "expect registered 32501\nmenu 2\nexpect menu 32501 1 \"About Something Else...\"\nexpect menu "
+         "32501 2 "
+         "\"never reached\"\n",
+         "", "--script " + script + " " MORAVEL_LIBRARY, "", 1,
+         script +
+             ":3: expected menu 32501 item 1 \"About Something Else...\", saw \"About MoravelLibrary...\"\n"},
+        // A byte-order mark and a carriage return: what editors may write.
+        {"a script read as it runs stops at its malformed line",
+         "\xEF\xBB\xBF"
+         "expect registered 32501\r\nmenu 98037 3\nexpect registered 32500\n",
+         "", "--script " + script + " " MORAVEL_LIBRARY, "", 2,
+         script + ":2: number out of range: RESID is 1 to 32767, not 98037 (menu RESID ITEM)\n"},
+        {"missing script", "", "", "--script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, "", 2,
+         temp.PathOf("no.acs") + ":0: cannot read the script: No such file or directory\n"},
+        {"folder as script", "", "", "--script " + temp.PathOf("") + " " MORAVEL_LIBRARY, "", 2,
+         temp.PathOf("") + ":0: is a folder, not a script\n"},
+        {"FIFO as script (never waits for a writer)", "", "",
+         "--script " + temp.PathOf("fifo") + " " MORAVEL_LIBRARY, "", 2,
+         temp.PathOf("fifo") +
+             ":0: is not a regular file (only standard input may be a pipe or a terminal)\n"},
+        {"binary file as script", "", "", "--script " ACHOST_PROGRAM " " MORAVEL_LIBRARY, "", 2,
+         ACHOST_PROGRAM ":1: control byte \\x7F at column 1 (a script is text)\n"},
+        {"endless line on standard input", "", "yes | tr -d '\\n' |", "--script - " MORAVEL_LIBRARY, "", 2,
+         "-:1: line longer than 1048576 bytes\n"},
+        {"endless script on standard input", "",
+         "(yes 'expect registered 32501' | head -n 20000; echo quit; yes) | timeout 120",
+         "--script /dev/stdin " MORAVEL_LIBRARY, "", 0, ""},
+        {"missing add-on", "", "", noAddon, "", 2, "achost: cannot read " + noAddon + "\n"},
+        {"not an add-on", "", "", ACHOST_API_LIBRARY, "", 2,
          "achost: " ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, "
          "RegisterInterface, Initialize, FreeData\n"},
-        {"another host kind", "--host-kind 1 " MORAVEL_LIBRARY, 2,
+        // Without a slash the dynamic loader would find the real add-on in its search path.
+        {"the add-on file exactly as named", "",
+         "cd " + temp.PathOf("") +
+             " && LD_LIBRARY_PATH=" + std::filesystem::path(MORAVEL_LIBRARY).parent_path().string(),
+         "MoravelLibrary.so", "", 2,
+         "achost: MoravelLibrary.so is not an add-on: it does not export CheckEnvironment, "
+         "RegisterInterface, Initialize, FreeData\n"},
+        {"another host kind", "", "", "--host-kind 1 " MORAVEL_LIBRARY, "", 2,
          "achost: " MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0\n"},
-        {"unknown option", "--fast", 2,
-         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
-         "              [--script FILE] [ADDON]\n"
-         "       achost --list-menus [ADDON]\n"
-         "       achost --help\n"},
-        {"good script", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, 0, ""},
+        {"host kind not a number", "", "", "--host-kind abc", "", 2,
+         "achost: --host-kind takes a number from 0 to 2147483647, not 'abc'\n" + usage},
+        {"empty shared folder", "", "", "--shared-folder ''", "", 2,
+         "achost: --shared-folder needs a value\n" + usage},
+        {"repeated option", "", "", "--script a --script b", "", 2,
+         "achost: --script is given twice\n" + usage},
+        {"unknown option", "", "", "--fast", "", 2, "achost: unknown option --fast\n" + usage},
+        {"full disk", "", "", "--list-menus " MORAVEL_LIBRARY, " >/dev/full", 2,
+         "achost: cannot write the output: No space left on device\n"},
+        {"good script", "", "", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, "", 0, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        if (!c.script.empty())
+            temp.Write(script, c.script);
         std::string output;
-        EXPECT_EQ(c.exitCode, Run(c.arguments, &output));
+        EXPECT_EQ(c.exitCode, Run(c.before, c.arguments, &output, c.after));
         EXPECT_EQ(c.output, output);
     }
 }
 
 TEST_F(AchostProgramTest, QuitsCleanlyWhenInputEnds) {
     std::string output;
-    EXPECT_EQ(0, Run(MORAVEL_LIBRARY, &output));
+    EXPECT_EQ(0, Run("", MORAVEL_LIBRARY, &output));
     EXPECT_EQ(0u,
               output.find("MoravelLibrary - MoravelLibrary 19.0 (AC190)\nmenu 32501 \"MoravelLibrary\" in "
                           "Design > Design Extras\n  1 [ ] About MoravelLibrary...\n"))

@@ -7,27 +7,25 @@ namespace {
 
 using achost::Verb;
 
-TEST(ActionTest, ReadsEveryForm) {
+TEST(ActionTest, ReadsNumbersStringsAndChoices) {
     const struct {
         const char* line;
         Verb verb;
         std::vector<Int64> numbers;
         std::vector<std::string> texts;
     } cases[] = {
-        {"menu 3", Verb::Menu, {3}, {}},
         {"  menu 32501 5   # comment", Verb::MenuOf, {32501, 5}, {}},
         {"expect menu 32501 1 \"About \\\"it\\\" \\\\ # not a comment\"",
          Verb::ExpectMenuText,
          {32501, 1},
          {"About \"it\" \\ # not a comment"}},
-        {"expect menu 32501 5 unchecked", Verb::ExpectMenuMark, {32501, 5}, {"unchecked"}},
-        {"expect registered 32501", Verb::ExpectRegistered, {32501}, {}},
-        {"reload", Verb::Reload, {}, {}},
+        {"expect menu 32767 5 unchecked\r", Verb::ExpectMenuMark, {32767, 5}, {"unchecked"}},
         {"expect item 3 \"\"", Verb::ExpectItemText, {3}, {""}},
-        {"select 4 2", Verb::Select, {4, 2}, {}},
         {"expect alert \"Large\" \"Small\"", Verb::ExpectAlert, {}, {"Large", "Small"}},
         {"answer save \"/tmp/a b.txt\"", Verb::AnswerSave, {}, {"/tmp/a b.txt"}},
         {"answer folder cancel", Verb::AnswerFolder, {}, {"cancel"}},
+        {"expect list 3 selected 0", Verb::ExpectListSelected, {3, 0}, {}},
+        {"command 4294967295 0 \"SUIT\"", Verb::Command, {4294967295, 0}, {"SUIT"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
@@ -40,29 +38,52 @@ TEST(ActionTest, ReadsEveryForm) {
     }
 }
 
+// What `help` shows as an example must be a line the reader takes, as the verb it explains.
+TEST(ActionTest, EveryHelpExampleReadsAsItsVerb) {
+    for (const auto& example : achost::ActionExamples()) {
+        SCOPED_TRACE(example.second);
+        achost::Action action;
+        std::string error;
+        ASSERT_EQ(achost::ParseResult::Parsed, achost::ParseAction(example.second, &action, &error)) << error;
+        EXPECT_EQ(example.first, action.verb);
+    }
+}
+
 TEST(ActionTest, ExplainsWhatItCannotRead) {
     const struct {
-        const char* line;
+        const char* name;
+        std::string line;
         achost::ParseResult result;
         std::string error;
     } cases[] = {
-        {"   # only a comment", achost::ParseResult::Empty, ""},
-        {"fly 3", achost::ParseResult::Malformed, "unknown verb 'fly' (help lists the actions)"},
-        {"menu", achost::ParseResult::Malformed,
+        {"comment", "   # only a comment", achost::ParseResult::Empty, ""},
+        {"unknown verb", "fly 3", achost::ParseResult::Malformed,
+         "unknown verb 'fly' (help lists the actions)"},
+        {"a long verb is cut", std::string(100, 'x'), achost::ParseResult::Malformed,
+         "unknown verb '" + std::string(40, 'x') + "...' (help lists the actions)"},
+        {"missing number", "menu", achost::ParseResult::Malformed,
          "malformed 'menu' line; expected menu ITEM | menu RESID ITEM"},
-        {"expect menu 1 2 maybe", achost::ParseResult::Malformed,
+        {"wrong keyword", "expect menu 1 2 maybe", achost::ParseResult::Malformed,
          "malformed 'expect menu' line; expected expect menu RESID ITEM \"TEXT\" | "
          "expect menu RESID ITEM checked|unchecked"},
-        {"answer save", achost::ParseResult::Malformed,
-         "malformed 'answer save' line; expected answer save \"PATH\"|cancel"},
-        {"expect title \"open", achost::ParseResult::Malformed, "unterminated string"},
-        {"expect title \"a\\n\"", achost::ParseResult::Malformed,
+        {"unterminated", "expect title \"open", achost::ParseResult::Malformed, "unterminated string"},
+        {"escape", "expect title \"a\\n\"", achost::ParseResult::Malformed,
          "unknown escape in string (only \\\" and \\\\)"},
-        {"menu 99999999999", achost::ParseResult::Malformed,
-         "malformed 'menu' line; expected menu ITEM | menu RESID ITEM"},
+        {"menu beyond 16 bits", "menu 98037 3", achost::ParseResult::Malformed,
+         "number out of range: RESID is 1 to 32767, not 98037 (menu RESID ITEM)"},
+        {"resource 0", "expect registered 0", achost::ParseResult::Malformed,
+         "number out of range: RESID is 1 to 32767, not 0 (expect registered RESID)"},
+        {"beyond 64 bits", "click 99999999999999999999999", achost::ParseResult::Malformed,
+         "number out of range: N is 1 to 32767, not 99999999999999999999... (click N)"},
+        {"identifier beyond 32 bits", "command 4294967296 1 \"SUIT\"", achost::ParseResult::Malformed,
+         "number out of range: DEVID is 0 to 4294967295, not 4294967296 (command DEVID LOCALID \"CMD\")"},
+        {"control byte", std::string("menu\x01 3\x1b", 8), achost::ParseResult::Malformed,
+         "control byte \\x01 at column 5 (a script is text)"},
+        {"NUL byte", std::string("menu 3\0", 7), achost::ParseResult::Malformed,
+         "control byte \\x00 at column 7 (a script is text)"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
+        SCOPED_TRACE(c.name);
         achost::Action action;
         std::string error;
         EXPECT_EQ(c.result, achost::ParseAction(c.line, &action, &error));

@@ -6,6 +6,7 @@
 #include "GSRoot.hpp"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace achost {
@@ -41,18 +42,24 @@ struct Action {
     Verb verb = Verb::Quit;
     std::vector<Int64> numbers;     // the numbers of the line, in order
     std::vector<std::string> texts; // its quoted strings and chosen keywords (checked, cancel, ...), in order
-    std::string source;             // the line as written, comment removed
+    std::string source;             // the line as written, comment removed, as Shown in messages
     std::string file;               // where the line came from ("" when typed)
     int line = 0;
 };
 
 enum class ParseResult { Parsed, Empty, Malformed };
 
-// Reads one line. Empty for a blank or comment-only line; Malformed with a message naming the
-// unknown verb or showing the accepted forms.
-GS_HOST_EXPORT ParseResult ParseAction(const std::string& text, Action* action, std::string* error);
+// Reads one line (a final carriage return is dropped). Empty for a blank or comment-only line;
+// Malformed with a message naming the unknown verb, showing the accepted forms, or saying which number
+// is out of range or which control byte the line holds.
+GS_HOST_EXPORT ParseResult ParseAction(const std::string& line, Action* action, std::string* error);
 
-// Every accepted form, one per line, for `help`.
-GS_HOST_EXPORT std::vector<std::string> ActionForms();
+// Every accepted form with its meaning and an example, two lines each, then the range of each number.
+GS_HOST_EXPORT std::string ActionHelp();
+// The example of each form, with the verb it reads as.
+GS_HOST_EXPORT std::vector<std::pair<Verb, std::string>> ActionExamples();
+
+// `text` as it may be shown in a message: control bytes as \xNN, cut after `limit` bytes with "...".
+GS_HOST_EXPORT std::string Shown(const std::string& text, size_t limit = 80);
 
 } // namespace achost

@@ -40,47 +40,78 @@ GS_HOST_EXPORT void WriteDialog(std::ostream& out, const Dialog& dialog);
 // Writes an alert: its kind, title, texts and buttons.
 GS_HOST_EXPORT void WriteAlert(std::ostream& out, const Alert& alert);
 
-// Reads a whole script file first (a malformed line is reported before anything runs), then hands out
-// its actions in order. The first failed expectation ends the session with "file:line: message".
+// Reads a script one line at a time, as the host waits, and hands out its actions in order; so a
+// script may be an endless pipe. A line that cannot be read ends the session there (Malformed()).
+// The first failed expectation ends the session with "file:line: message".
 class GS_HOST_EXPORT ScriptFrontEnd : public FrontEnd {
 public:
-    // False with "file:line: message" when the file cannot be read or a line is malformed.
-    bool Load(const std::string& path, std::string* error);
+    ScriptFrontEnd();
+    ~ScriptFrontEnd() override;
+    ScriptFrontEnd(const ScriptFrontEnd&) = delete;
+    ScriptFrontEnd& operator=(const ScriptFrontEnd&) = delete;
+    // Opens the script: a regular file, or standard input ("-" or "/dev/stdin", which may be a pipe or
+    // a terminal). Never blocks on a FIFO. False with "file:0: reason" for a missing file, a folder, a
+    // device or a FIFO named by path.
+    bool Open(const std::string& path, std::string* error);
     bool NextAction(const Host& host, Action* action) override;
     bool Outcome(const Action& action, bool ok, const std::string& message) override;
     // "file:line: message" of the failure that ended the session, or empty.
     const std::string& Failure() const { return failure; }
-
-protected:
-    std::vector<Action> actions;
+    // True when the session ended at a line that could not be read (malformed, control bytes, too long).
+    bool Malformed() const { return malformed; }
+    // The longest line a script may hold, in bytes.
+    static constexpr size_t kMaxLine = 1 << 20;
 
 private:
-    size_t next = 0;
+    // Reads the next line into `line`; false at the end of input or when `failure` is set.
+    bool ReadLine(std::string* line);
+    std::string path;
+    int fd = -1;
+    bool ownFd = false;
+    int lineNumber = 0;
+    std::string buffer; // read; lines before `start` were handed out
+    size_t start = 0;
+    bool endOfInput = false;
+    bool malformed = false;
     std::string failure;
 };
 
 // The C++ driver of tests: hands out the lines given to Add, in order, like a script. Before each
 // wait it calls onWait, so a test can look at what the host shows at that moment.
-class GS_HOST_EXPORT DriverFrontEnd : public ScriptFrontEnd {
+class GS_HOST_EXPORT DriverFrontEnd : public FrontEnd {
 public:
     // Adds one action line (named "driver:<n>" in failures); false, nothing added, when malformed.
     bool Add(const std::string& line, std::string* error = nullptr);
     bool NextAction(const Host& host, Action* action) override;
+    bool Outcome(const Action& action, bool ok, const std::string& message) override;
+    const std::string& Failure() const { return failure; }
     std::function<void(const Host&)> onWait;
+
+private:
+    std::vector<Action> actions;
+    size_t next = 0;
+    std::string failure;
 };
+
+// Reads one typed line after showing `prompt`; false at the end of input. The terminal session uses
+// one with line editing and history when standard input is a terminal.
+using LineReader = std::function<bool(const std::string& prompt, std::string* line)>;
 
 // A person at a terminal: shows the alert, else the front dialog, else the registered menu; reads one
 // action per line (a bare number clicks that item of the dialog, or chooses that item of the menu);
-// explains malformed lines and failures and goes on.
+// explains malformed lines and failures and goes on. `help` lists every action with its meaning.
 class GS_HOST_EXPORT TerminalFrontEnd : public FrontEnd {
 public:
-    TerminalFrontEnd(std::istream& in, std::ostream& out) : in(in), out(out) {}
+    // Reads lines from `in` unless a `reader` is given; writes to `out`.
+    TerminalFrontEnd(std::istream& in, std::ostream& out, LineReader reader = {})
+        : in(in), out(out), reader(std::move(reader)) {}
     bool NextAction(const Host& host, Action* action) override;
     bool Outcome(const Action& action, bool ok, const std::string& message) override;
 
 private:
     std::istream& in;
     std::ostream& out;
+    LineReader reader;
 };
 
 } // namespace achost

@@ -1,54 +1,87 @@
 #include "achost/Action.hpp"
 
-#include <cctype>
-
 namespace achost {
 
 namespace {
 
-// The forms of every verb. In a form, an upper-case word stands for a number, a word in quotes for a
-// quoted string, `a|b` for one of the words given, `"X"|w` for a string or the word w.
+// The forms of every verb, with what each does and an example for `help`. In a form, an upper-case
+// word stands for a number (its range is in kPlaceholders), a word in quotes for a quoted string,
+// `a|b` for one of the words given, `"X"|w` for a string or the word w. One row per form.
 struct Form {
     Verb verb;
     const char* pattern;
+    const char* meaning;
+    const char* example;
 };
 const Form kForms[] = {
-    {Verb::Menu, "menu ITEM"},
-    {Verb::MenuOf, "menu RESID ITEM"},
-    {Verb::ExpectMenuText, "expect menu RESID ITEM \"TEXT\""},
-    {Verb::ExpectMenuMark, "expect menu RESID ITEM checked|unchecked"},
-    {Verb::ExpectRegistered, "expect registered RESID"},
-    {Verb::Reload, "reload"},
-    {Verb::Quit, "quit"},
-    {Verb::Help, "help"},
-    {Verb::ExpectDialog, "expect dialog RESID"},
-    {Verb::ExpectTitle, "expect title \"T\""},
-    {Verb::ExpectItemText, "expect item N \"T\""},
-    {Verb::ExpectItemState, "expect item N hidden|shown|enabled|disabled"},
-    {Verb::ExpectListRows, "expect list N rows K"},
-    {Verb::ExpectListSelected, "expect list N selected ROW"},
-    {Verb::Click, "click N"},
-    {Verb::Select, "select N ROW"},
-    {Verb::Close, "close"},
-    {Verb::ExpectAlert, "expect alert \"LARGE\" \"SMALL\""},
-    {Verb::Ok, "ok"},
-    {Verb::AnswerSave, "answer save \"PATH\"|cancel"},
-    {Verb::AnswerFolder, "answer folder \"PATH\"|cancel"},
-    {Verb::ExpectOpened, "expect opened \"TEXT\""},
-    {Verb::WaitDownload, "wait download"},
-    {Verb::Command, "command DEVID LOCALID \"CMD\""},
+    {Verb::Menu, "menu ITEM", "choose item ITEM of the registered menu", "menu 3"},
+    {Verb::MenuOf, "menu RESID ITEM", "choose item ITEM of menu RESID", "menu 32506 2"},
+    {Verb::ExpectMenuText, "expect menu RESID ITEM \"TEXT\"", "item ITEM of menu RESID reads TEXT",
+     "expect menu 32501 3 \"Language...\""},
+    {Verb::ExpectMenuMark, "expect menu RESID ITEM checked|unchecked",
+     "item ITEM of menu RESID has that mark", "expect menu 32501 5 unchecked"},
+    {Verb::ExpectRegistered, "expect registered RESID", "menu RESID is the one the add-on registered",
+     "expect registered 32501"},
+    {Verb::Reload, "reload", "unload the add-on and start it again", "reload"},
+    {Verb::Quit, "quit", "end the session", "quit"},
+    {Verb::Help, "help", "list the actions", "help"},
+    {Verb::ExpectDialog, "expect dialog RESID", "the front dialog is dialog RESID", "expect dialog 32734"},
+    {Verb::ExpectTitle, "expect title \"T\"", "the front dialog's title is T", "expect title \"Language\""},
+    {Verb::ExpectItemText, "expect item N \"T\"", "item N of the front dialog reads T",
+     "expect item 2 \"Cancel\""},
+    {Verb::ExpectItemState, "expect item N hidden|shown|enabled|disabled", "item N of the front dialog is so",
+     "expect item 1 enabled"},
+    {Verb::ExpectListRows, "expect list N rows K", "list N of the front dialog has K rows",
+     "expect list 3 rows 7"},
+    {Verb::ExpectListSelected, "expect list N selected ROW", "row ROW of list N is selected (0: none)",
+     "expect list 3 selected 2"},
+    {Verb::Click, "click N", "click item N of the front dialog", "click 1"},
+    {Verb::Select, "select N ROW", "select row ROW of list N of the front dialog", "select 3 1"},
+    {Verb::Close, "close", "close the front dialog with its close box", "close"},
+    {Verb::ExpectAlert, "expect alert \"LARGE\" \"SMALL\"", "an alert with these two texts is open",
+     "expect alert \"No connection\" \"Try again later.\""},
+    {Verb::Ok, "ok", "press the first button of the open alert", "ok"},
+    {Verb::AnswerSave, "answer save \"PATH\"|cancel", "the next save dialog answers PATH, or is cancelled",
+     "answer save \"/tmp/list.txt\""},
+    {Verb::AnswerFolder, "answer folder \"PATH\"|cancel",
+     "the next folder dialog answers PATH, or is cancelled", "answer folder cancel"},
+    {Verb::ExpectOpened, "expect opened \"TEXT\"", "the add-on asked the host to open TEXT",
+     "expect opened \"https://example.com/\""},
+    {Verb::WaitDownload, "wait download", "wait until the running download ends", "wait download"},
+    {Verb::Command, "command DEVID LOCALID \"CMD\"", "another add-on answers the four-character command CMD",
+     "command 1 2 \"SUIT\""},
 };
+
+// What each number of a form may be; a number outside its range is a malformed line, so that a
+// script never names a different menu or item than the one written. Unknown placeholders take kAnyNumber.
+struct Placeholder {
+    const char* name;
+    Int64 min, max;
+};
+const Placeholder kPlaceholders[] = {
+    {"ITEM", 1, 32767},       {"RESID", 1, 32767},        {"N", 1, 32767}, {"ROW", 0, 32767}, {"K", 0, 32767},
+    {"DEVID", 0, 4294967295}, {"LOCALID", 0, 4294967295},
+};
+const Placeholder kAnyNumber = {"", 0, 2147483647};
+
+const Placeholder& RangeOf(const std::string& name) {
+    for (const Placeholder& p : kPlaceholders)
+        if (name == p.name)
+            return p;
+    return kAnyNumber;
+}
 
 struct Token {
     enum Kind { Word, Number, String } kind;
     std::string text;
-    Int64 number = 0;
+    Int64 number = 0; // saturates at kTooLarge
 };
+const Int64 kTooLarge = 999999999999999999;
 
 bool Tokenize(const std::string& text, std::vector<Token>* tokens, std::string* source, std::string* error) {
     size_t i = 0;
     while (true) {
-        while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])))
+        while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
             ++i;
         if (i >= text.size() || text[i] == '#')
             break;
@@ -71,13 +104,14 @@ bool Tokenize(const std::string& text, std::vector<Token>* tokens, std::string* 
             }
             ++i;
         } else {
-            while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i])) && text[i] != '"')
+            while (i < text.size() && text[i] != ' ' && text[i] != '\t' && text[i] != '"')
                 ++i;
             token.text = text.substr(start, i - start);
-            const bool digits = token.text.find_first_not_of("0123456789") == std::string::npos;
-            if (digits && token.text.size() <= 10) { // every 32-bit identifier
+            if (token.text.find_first_not_of("0123456789") == std::string::npos) {
                 token.kind = Token::Number;
-                token.number = std::stoll(token.text);
+                for (char digit : token.text)
+                    token.number =
+                        token.number >= kTooLarge / 10 ? kTooLarge : token.number * 10 + (digit - '0');
             }
         }
         tokens->push_back(token);
@@ -99,18 +133,24 @@ bool IsPlaceholder(const std::string& word) {
     return word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
 }
 
-// Matches the tokens against one form, filling the action's numbers and texts.
-bool Matches(const Form& form, const std::vector<Token>& tokens, Action* action) {
+// Matches the tokens against one form, filling the action's numbers and texts. A line of the form's
+// shape with a number out of range does not match; `range` then says which.
+bool Matches(const Form& form, const std::vector<Token>& tokens, Action* action, std::string* range) {
     const auto parts = Words(form.pattern, ' ');
     if (parts.size() != tokens.size())
         return false;
     action->numbers.clear();
     action->texts.clear();
+    std::string outOfRange;
     for (size_t i = 0; i < parts.size(); ++i) {
         const Token& token = tokens[i];
         if (IsPlaceholder(parts[i])) {
             if (token.kind != Token::Number)
                 return false;
+            const Placeholder& p = RangeOf(parts[i]);
+            if ((token.number < p.min || token.number > p.max) && outOfRange.empty())
+                outOfRange = parts[i] + " is " + std::to_string(p.min) + " to " + std::to_string(p.max) +
+                             ", not " + Shown(token.text, 20) + " (" + form.pattern + ")";
             action->numbers.push_back(token.number);
             continue;
         }
@@ -118,30 +158,66 @@ bool Matches(const Form& form, const std::vector<Token>& tokens, Action* action)
         for (const auto& choice : Words(parts[i], '|')) {
             const bool isString = choice.front() == '"';
             matched = matched || (isString ? token.kind == Token::String
-                                           : token.kind == Token::Word && token.text == choice);
+                                           : token.kind != Token::String && token.text == choice);
         }
         if (!matched)
             return false;
         if (parts[i].find_first_of("|\"") != std::string::npos)
             action->texts.push_back(token.text);
     }
+    if (!outOfRange.empty()) {
+        if (range->empty())
+            *range = outOfRange;
+        return false;
+    }
     action->verb = form.verb;
     return true;
 }
 
+// Where the line holds a byte no script line may hold, its message.
+bool ControlByte(const std::string& text, std::string* error) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if ((c < 0x20 && c != '\t') || c == 0x7F) {
+            *error = "control byte " + Shown(text.substr(i, 1)) + " at column " + std::to_string(i + 1) +
+                     " (a script is text)";
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
-ParseResult ParseAction(const std::string& text, Action* action, std::string* error) {
+std::string Shown(const std::string& text, size_t limit) {
+    static const char kHex[] = "0123456789ABCDEF";
+    std::string shown;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (i == limit)
+            return shown + "...";
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c < 0x20 || c == 0x7F)
+            shown += std::string("\\x") + kHex[c >> 4] + kHex[c & 15];
+        else
+            shown += text[i];
+    }
+    return shown;
+}
+
+ParseResult ParseAction(const std::string& line, Action* action, std::string* error) {
     std::vector<Token> tokens;
     action->source.clear();
-    if (!Tokenize(text, &tokens, &action->source, error))
+    const bool crlf = !line.empty() && line.back() == '\r';
+    const std::string text = crlf ? line.substr(0, line.size() - 1) : line;
+    if (ControlByte(text, error) || !Tokenize(text, &tokens, &action->source, error))
         return ParseResult::Malformed;
+    action->source = Shown(action->source);
     if (tokens.empty())
         return ParseResult::Empty;
-    std::string forms;
+    std::string forms, range;
     size_t best = 0; // how many leading words the closest forms share with the line
     for (const Form& form : kForms) {
-        if (Matches(form, tokens, action))
+        if (Matches(form, tokens, action, &range))
             return ParseResult::Parsed;
         const auto parts = Words(form.pattern, ' ');
         size_t shared = 0;
@@ -155,16 +231,29 @@ ParseResult ParseAction(const std::string& text, Action* action, std::string* er
     std::string verb = tokens[0].text;
     for (size_t i = 1; i < best; ++i)
         verb += " " + tokens[i].text;
-    *error = forms.empty() ? "unknown verb '" + verb + "' (help lists the actions)"
-                           : "malformed '" + verb + "' line; expected " + forms;
+    verb = Shown(verb, 40);
+    *error = !range.empty()  ? "number out of range: " + range
+             : forms.empty() ? "unknown verb '" + verb + "' (help lists the actions)"
+                             : "malformed '" + verb + "' line; expected " + forms;
     return ParseResult::Malformed;
 }
 
-std::vector<std::string> ActionForms() {
-    std::vector<std::string> forms;
+std::string ActionHelp() {
+    std::string help;
     for (const Form& form : kForms)
-        forms.push_back(form.pattern);
-    return forms;
+        help +=
+            std::string("  ") + form.pattern + "\n      " + form.meaning + "; e.g. " + form.example + "\n";
+    help += "Numbers:";
+    for (const Placeholder& p : kPlaceholders)
+        help += std::string(" ") + p.name + " " + std::to_string(p.min) + "-" + std::to_string(p.max);
+    return help + "\n";
+}
+
+std::vector<std::pair<Verb, std::string>> ActionExamples() {
+    std::vector<std::pair<Verb, std::string>> examples;
+    for (const Form& form : kForms)
+        examples.emplace_back(form.verb, form.example);
+    return examples;
 }
 
 } // namespace achost

@@ -78,8 +78,13 @@ Menu* Host::Impl::MenuFor(short resID) {
     return &menus.emplace(resID, std::move(menu)).first->second;
 }
 
+// The file exactly as named: without a slash the dynamic loader would search its library path.
+std::string Host::Impl::LoadPath() const {
+    return path.find('/') == std::string::npos ? "./" + path : path;
+}
+
 bool Host::Impl::Open(std::string* error) {
-    handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    handle = dlopen(LoadPath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         *error = "cannot load " + path + ": " + dlerror();
         return false;
@@ -130,7 +135,7 @@ void Host::Impl::Unload() {
     handlers.clear();
     Close();
     // A library that stays mapped keeps its statics, so the next load would not start afresh.
-    if (void* still = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
+    if (void* still = dlopen(LoadPath().c_str(), RTLD_NOW | RTLD_NOLOAD)) {
         dlclose(still);
         Violation("dlclose: " + path + " stays in memory (a thread_local object with a destructor holds it)");
     }
@@ -182,7 +187,7 @@ bool Host::Start(const std::string& path, std::string* error) {
     s.name.assign(envir.addOnInfo.name, strnlen(envir.addOnInfo.name, sizeof envir.addOnInfo.name));
     s.description.assign(envir.addOnInfo.description,
                          strnlen(envir.addOnInfo.description, sizeof envir.addOnInfo.description));
-    if (type == APIAddon_DontRegister || type > APIAddon_Customizing) {
+    if (type <= APIAddon_DontRegister || type > APIAddon_Customizing) {
         *error = path + " did not register: CheckEnvironment answered " + std::to_string(type);
         s.Close();
         return false;

@@ -50,6 +50,7 @@ struct Host::Impl {
 
     // dlopen and look up the four entry points; false (and closed again) when one is missing.
     bool Open(std::string* error);
+    std::string LoadPath() const;
     // Runs Initialize; on failure FreeData and unload.
     bool Initialize(std::string* error);
     // Open + Initialize: a later load of a started add-on.

@@ -2,7 +2,12 @@
 #include "HostImpl.hpp"
 #include "achost/FrontEnd.hpp"
 
-#include <fstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 
 namespace achost {
@@ -162,34 +167,94 @@ void WriteMenu(std::ostream& out, const Menu& menu) {
     }
 }
 
-bool ScriptFrontEnd::Load(const std::string& path, std::string* error) {
-    std::ifstream in(path);
-    if (!in) {
-        *error = path + ":0: cannot read the script";
+ScriptFrontEnd::ScriptFrontEnd() = default;
+
+ScriptFrontEnd::~ScriptFrontEnd() {
+    if (ownFd)
+        close(fd);
+}
+
+bool ScriptFrontEnd::Open(const std::string& name, std::string* error) {
+    path = name;
+    const bool standardInput = name == "-" || name == "/dev/stdin";
+    // O_NONBLOCK: opening a FIFO by name would otherwise wait for a writer for ever.
+    fd = standardInput ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ownFd = !standardInput && fd >= 0;
+    struct stat info;
+    if (fd < 0 || fstat(fd, &info) != 0) {
+        *error = name + ":0: cannot read the script: " + std::strerror(errno);
         return false;
     }
-    std::string text;
-    for (int line = 1; std::getline(in, text); ++line) {
-        Action action;
-        std::string problem;
-        const ParseResult result = ParseAction(text, &action, &problem);
-        if (result == ParseResult::Malformed) {
-            *error = path + ":" + std::to_string(line) + ": " + problem;
-            return false;
-        }
-        action.file = path;
-        action.line = line;
-        if (result == ParseResult::Parsed)
-            actions.push_back(action);
+    if (S_ISDIR(info.st_mode)) {
+        *error = name + ":0: is a folder, not a script";
+        return false;
     }
+    if (!S_ISREG(info.st_mode) && !standardInput) {
+        *error = name + ":0: is not a regular file (only standard input may be a pipe or a terminal)";
+        return false;
+    }
+    if (ownFd)
+        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     return true;
 }
 
+bool ScriptFrontEnd::ReadLine(std::string* line) {
+    size_t scanned = start;
+    while (true) {
+        const size_t end = buffer.find('\n', scanned);
+        const bool lastLine = end == std::string::npos && endOfInput && start < buffer.size();
+        const size_t length = (end == std::string::npos ? buffer.size() : end) - start;
+        if (length > kMaxLine) {
+            failure = path + ":" + std::to_string(lineNumber + 1) + ": line longer than " +
+                      std::to_string(kMaxLine) + " bytes";
+            malformed = true;
+            return false;
+        }
+        if (end != std::string::npos || lastLine) {
+            ++lineNumber;
+            line->assign(buffer, start, length);
+            start += length + (lastLine ? 0 : 1);
+            return true;
+        }
+        if (endOfInput)
+            return false;
+        buffer.erase(0, start);
+        start = 0;
+        scanned = buffer.size();
+        char chunk[65536];
+        const ssize_t n = read(fd, chunk, sizeof chunk);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0) {
+            failure = path + ":" + std::to_string(lineNumber + 1) +
+                      ": cannot read the script: " + std::strerror(errno);
+            malformed = true;
+            return false;
+        }
+        endOfInput = n == 0;
+        buffer.append(chunk, static_cast<size_t>(n));
+    }
+}
+
 bool ScriptFrontEnd::NextAction(const Host& /*host*/, Action* action) {
-    if (next >= actions.size())
-        return false;
-    *action = actions[next++];
-    return true;
+    std::string text;
+    while (fd >= 0 && ReadLine(&text)) {
+        // A byte-order mark some editors put at the start of a UTF-8 file.
+        if (lineNumber == 1 && text.compare(0, 3, "\xEF\xBB\xBF") == 0)
+            text.erase(0, 3);
+        std::string problem;
+        const ParseResult result = ParseAction(text, action, &problem);
+        if (result == ParseResult::Malformed) {
+            failure = path + ":" + std::to_string(lineNumber) + ": " + problem;
+            malformed = true;
+            return false;
+        }
+        action->file = path;
+        action->line = lineNumber;
+        if (result == ParseResult::Parsed)
+            return true;
+    }
+    return false;
 }
 
 bool ScriptFrontEnd::Outcome(const Action& action, bool ok, const std::string& message) {
@@ -215,7 +280,16 @@ bool DriverFrontEnd::Add(const std::string& line, std::string* error) {
 bool DriverFrontEnd::NextAction(const Host& host, Action* action) {
     if (onWait)
         onWait(host);
-    return ScriptFrontEnd::NextAction(host, action);
+    if (next >= actions.size())
+        return false;
+    *action = actions[next++];
+    return true;
+}
+
+bool DriverFrontEnd::Outcome(const Action& action, bool ok, const std::string& message) {
+    if (!ok)
+        failure = action.file + ":" + std::to_string(action.line) + ": " + message;
+    return ok;
 }
 
 bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
@@ -229,16 +303,21 @@ bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
         WriteDialog(out, *dialog);
     const std::string bareVerb = host.OpenAlert() != nullptr ? "" : dialog != nullptr ? "click " : "menu ";
     std::string text, error;
-    while (out << "> " << std::flush, std::getline(in, text)) {
+    const auto readLine = [this](std::string* line) {
+        if (reader)
+            return out.flush(), reader("> ", line);
+        out << "> " << std::flush;
+        return static_cast<bool>(std::getline(in, *line));
+    };
+    while (readLine(&text)) {
         const bool bareNumber = !text.empty() && text.find_first_not_of("0123456789 ") == std::string::npos;
         const ParseResult result = ParseAction(bareNumber ? bareVerb + text : text, action, &error);
         if (result == ParseResult::Malformed)
             out << error << "\n";
         else if (result == ParseResult::Parsed && action->verb == Verb::Help) {
             out << "Actions (a number alone clicks that item of the dialog, or chooses that item of the "
-                   "menu):\n";
-            for (const auto& form : ActionForms())
-                out << "  " << form << "\n";
+                   "menu):\n"
+                << ActionHelp();
         } else if (result == ParseResult::Parsed)
             return true;
     }
