@@ -108,7 +108,9 @@ protected:
 TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
     const std::string noAddon = temp.PathOf("none.so"), script = temp.PathOf("s.acs");
     ASSERT_EQ(0, mkfifo(temp.PathOf("fifo").c_str(), 0600));
-    std::filesystem::copy_file(ACHOST_API_LIBRARY, temp.PathOf("MoravelLibrary.so"));
+    std::filesystem::copy_file(MORAVEL_LIBRARY, temp.PathOf("MoravelLibrary.so"));
+    std::filesystem::create_directory(temp.PathOf("lib"));
+    temp.Write(temp.PathOf("lib/MoravelLibrary.so"), "not a library");
     const std::string usage =
         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
         "              [--script FILE] [ADDON]\n"
@@ -153,13 +155,10 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         {"not an add-on", "", "", ACHOST_API_LIBRARY, "", 2,
          "achost: " ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, "
          "RegisterInterface, Initialize, FreeData\n"},
-        // Without a slash the dynamic loader would find the real add-on in its search path.
+        // Without a slash the dynamic loader would load lib/MoravelLibrary.so, which is not a library.
         {"the add-on file exactly as named", "",
-         "cd " + temp.PathOf("") +
-             " && LD_LIBRARY_PATH=" + std::filesystem::path(MORAVEL_LIBRARY).parent_path().string(),
-         "MoravelLibrary.so", "", 2,
-         "achost: MoravelLibrary.so is not an add-on: it does not export CheckEnvironment, "
-         "RegisterInterface, Initialize, FreeData\n"},
+         "cd " + temp.PathOf("") + " && LD_LIBRARY_PATH=" + temp.PathOf("lib"),
+         "--list-menus MoravelLibrary.so", " >/dev/null", 0, ""},
         {"another host kind", "", "", "--host-kind 1 " MORAVEL_LIBRARY, "", 2,
          "achost: " MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0\n"},
         {"host kind not a number", "", "", "--host-kind abc", "", 2,
