@@ -7,6 +7,7 @@ packages=(
     build-essential cmake ninja-build pkg-config git
     libgtest-dev libgmock-dev googletest libbenchmark-dev
     libicu-dev libcurl4-openssl-dev libuv1-dev libedit-dev
+    nlohmann-json3-dev
     clang-format xdg-utils
 )
 

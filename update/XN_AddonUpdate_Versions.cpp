@@ -47,9 +47,10 @@ unsigned short ToUShort(const XN_String& text) {
     return static_cast<unsigned short>(XN_String::ToLong(text.ToCStr().Get()));
 }
 
-void Skip(XN_AddonUpdate_SkipCallback onSkip, void* userData, long index, XN_AddonUpdate_SkipReason reason) {
+void Skip(XN_AddonUpdate_SkipCallback onSkip, void* userData, long index, const XN_String& line,
+          XN_AddonUpdate_SkipReason reason) {
     if (onSkip != nullptr)
-        onSkip(index, reason, userData);
+        onSkip(index, line, reason, userData);
 }
 
 // Blank lines separate records and are no fault.
@@ -187,9 +188,9 @@ void XN_AddonUpdate_ParseVersionsLines(XN_List<XN_String>& lines, XN_List<XN_Add
         }
         default:
             if (line.StartsWith(textLine))
-                Skip(onSkip, userData, index, XN_AddonUpdate_Skip_StrayText);
+                Skip(onSkip, userData, index, line, XN_AddonUpdate_Skip_StrayText);
             else if (!IsBlank(line))
-                Skip(onSkip, userData, index, reason);
+                Skip(onSkip, userData, index, line, reason);
             break;
         }
     }

@@ -76,8 +76,9 @@ enum XN_AddonUpdate_SkipReason {
 // A short English sentence for `reason`, for tools.
 const char* XN_AddonUpdate_SkipReasonText(XN_AddonUpdate_SkipReason reason);
 
-// Told about each skipped line: its index (0 for the first line) and the reason.
-typedef void (*XN_AddonUpdate_SkipCallback)(long index, XN_AddonUpdate_SkipReason reason, void* userData);
+// Told about each skipped line: its index (0 for the first line), its text and the reason.
+typedef void (*XN_AddonUpdate_SkipCallback)(long index, const XN_String& line,
+                                            XN_AddonUpdate_SkipReason reason, void* userData);
 
 // Where the update check puts the downloaded file: "__updxn__.tmp" in the host's shared folder
 // (special location 14), as a POSIX path. Returns 0, or the host's error (`location` unchanged).
