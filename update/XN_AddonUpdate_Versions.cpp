@@ -4,9 +4,22 @@
 #include "XN_File.hpp"
 #include "XN_Language.hpp"
 
+#include <string>
+
 namespace {
 
 const unsigned short kNoUnits[1] = {0};
+
+// The fixed words of the grammar, converted once.
+struct GrammarWords {
+    XN_String comment{"*"}, textLine{"#"}, message{"MESSAGE"}, tagStart{"(AC"}, tagEnd{")"}, link{"http://"},
+        newline{"\n"};
+};
+
+const GrammarWords& Grammar() {
+    static const GrammarWords words;
+    return words;
+}
 
 // The word at `index`, empty (not null) when the line has no such word or the word is null.
 XN_String WordAt(XN_List<XN_String>& words, long index) {
@@ -43,8 +56,15 @@ bool StartsWithDate(const XN_String& word) {
 }
 
 // ToLong of the text, kept to 16 bits without a range check.
+// ToLong looks only at ASCII digits and "-", so each unit narrowed to a byte reads the same as a
+// conversion of the whole text would, without the converter's cost.
 unsigned short ToUShort(const XN_String& text) {
-    return static_cast<unsigned short>(XN_String::ToLong(text.ToCStr().Get()));
+    std::string bytes(text.GetLength(), '?');
+    for (unsigned int i = 0; i < text.GetLength(); ++i) {
+        if (text.UCharAt(i) < 0x80)
+            bytes[i] = static_cast<char>(text.UCharAt(i));
+    }
+    return static_cast<unsigned short>(XN_String::ToLong(bytes.c_str()));
 }
 
 void Skip(XN_AddonUpdate_SkipCallback onSkip, void* userData, long index, const XN_String& line,
@@ -69,7 +89,7 @@ void ReadMessage(long& index, XN_List<XN_String>& lines, XN_List<XN_String>& wor
     if (words.GetCount() >= 3)
         message.toDate = XN_AddonUpdate_FormatDate(words[2]);
     const XN_String text = XN_AddonUpdate_ReadText(index, lines);
-    const unsigned int link = text.IndexOf(XN_String("http://"));
+    const unsigned int link = text.IndexOf(Grammar().link);
     if (link == XN_String::kNotFound) {
         message.text = text;
         return;
@@ -155,16 +175,14 @@ void XN_AddonUpdate_ParseVersionsLines(XN_List<XN_String>& lines, XN_List<XN_Add
                                        XN_List<XN_AddonUpdate_Addon>& addons,
                                        XN_List<XN_AddonUpdate_Library>& libraries,
                                        XN_AddonUpdate_SkipCallback onSkip, void* userData) {
-    const XN_String comment("*");
-    const XN_String textLine("#");
-    const XN_String messageWord("MESSAGE");
+    const GrammarWords& grammar = Grammar();
     XN_List<XN_String> words;
     for (long index = 0; index < lines.GetCount(); ++index) {
         const XN_String& line = lines[index];
-        if (line.StartsWith(comment))
+        if (line.StartsWith(grammar.comment))
             continue;
         line.SplitBySpaces(words);
-        if (words.GetCount() > 0 && words[0].IndexOf(messageWord) != XN_String::kNotFound) {
+        if (words.GetCount() > 0 && words[0].IndexOf(grammar.message) != XN_String::kNotFound) {
             XN_AddonUpdate_Message message;
             ReadMessage(index, lines, words, message);
             messages.AddData(message, -1);
@@ -187,7 +205,7 @@ void XN_AddonUpdate_ParseVersionsLines(XN_List<XN_String>& lines, XN_List<XN_Add
             break;
         }
         default:
-            if (line.StartsWith(textLine))
+            if (line.StartsWith(grammar.textLine))
                 Skip(onSkip, userData, index, line, XN_AddonUpdate_Skip_StrayText);
             else if (!IsBlank(line))
                 Skip(onSkip, userData, index, line, reason);
@@ -218,8 +236,8 @@ int XN_AddonUpdate_CheckVersionFormat(XN_List<XN_String>& words, XN_AddonUpdate_
         else if (!IsAllDigits(parts[0]) || !IsAllDigits(parts[1]) || !IsAllDigits(parts[2]) ||
                  !IsAllDigits(parts[3]))
             why = XN_AddonUpdate_Skip_VersionNotNumber;
-        else if (!tag.StartsWith(XN_String("(AC")) || !tag.EndsWith(XN_String(")")) || tag.GetLength() < 4 ||
-                 !IsAllDigits(tag.Substring(3, tag.GetLength() - 4)))
+        else if (!tag.StartsWith(Grammar().tagStart) || !tag.EndsWith(Grammar().tagEnd) ||
+                 tag.GetLength() < 4 || !IsAllDigits(tag.Substring(3, tag.GetLength() - 4)))
             why = XN_AddonUpdate_Skip_HostTag;
         else if (!StartsWithDate(words[3]))
             why = XN_AddonUpdate_Skip_Date;
@@ -266,12 +284,11 @@ void XN_AddonUpdate_SplitLibVersion(XN_String line, XN_AddonUpdate_Library& libr
 }
 
 XN_String XN_AddonUpdate_ReadText(long& index, XN_List<XN_String>& lines) {
-    const XN_String textLine("#");
     XN_String text(kNoUnits);
-    while (index + 1 < lines.GetCount() && lines[index + 1].StartsWith(textLine)) {
+    while (index + 1 < lines.GetCount() && lines[index + 1].StartsWith(Grammar().textLine)) {
         ++index;
         if (!text.IsEmpty())
-            text += "\n";
+            text += Grammar().newline;
         const XN_String& line = lines[index];
         if (line.GetLength() > 2)
             text += line.Substring(2);
