@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build pkg-config git
     libgtest-dev libgmock-dev googletest libbenchmark-dev
-    libicu-dev libcurl4-openssl-dev libuv1-dev libedit-dev
+    libicu-dev libcurl4-openssl-dev libuv1-dev libedit-dev libmicrohttpd-dev curl
     nlohmann-json3-dev
     clang-format xdg-utils
 )

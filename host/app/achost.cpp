@@ -1,6 +1,7 @@
 // achost: loads an add-on into the host and lets a person, or a script, use it (see kHelp).
 #include "achost/FrontEnd.hpp"
 #include "achost/SharedFolder.hpp"
+#include "achost/UpdateServer.hpp"
 
 #include <editline/readline.h>
 #include <unistd.h>
@@ -15,7 +16,7 @@ namespace {
 
 const char kUsage[] =
     "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
-    "              [--script FILE] [ADDON]\n"
+    "              [--update-folder DIR | --no-update-server] [--script FILE] [ADDON]\n"
     "       achost --list-menus [ADDON]\n"
     "       achost --help\n";
 
@@ -33,13 +34,20 @@ const char kHelp[] =
     "\"CMD\"\n"
     "  --script FILE         run the actions and expectations of FILE, one per line, as they are read\n"
     "                        (FILE - or /dev/stdin: standard input, which may be a pipe)\n"
+    "  --update-folder DIR   the folder the demo update server serves under /update_plugins/ (default:\n"
+    "                        update_plugins beside achost)\n"
+    "  --no-update-server    start no update server and leave http_proxy as it is\n"
     "  --list-menus          print every menu the add-on defined and stop\n"
+    "\n"
+    "The demo update server listens on 127.0.0.1 at a free port; achost points http_proxy at it, so the\n"
+    "add-on's requests to its update server reach it.\n"
     "\n"
     "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
     "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written.\n";
 
 struct Arguments {
-    std::string addon, script, sharedFolder;
+    std::string addon, script, sharedFolder, updateFolder;
+    bool updateServer = true;
     bool listMenus = false;
     bool help = false;
     std::vector<achost::DeclaredCommand> commands;
@@ -65,11 +73,11 @@ bool ParseKind(const std::string& text, API_ApplicationTypeID* kind) {
 
 // False with the reason when the arguments do not make one session.
 bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) {
-    bool script = false, sharedFolder = false, hostKind = false;
+    bool script = false, sharedFolder = false, hostKind = false, updateFolder = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        const bool takesValue =
-            arg == "--script" || arg == "--shared-folder" || arg == "--host-kind" || arg == "--command";
+        const bool takesValue = arg == "--script" || arg == "--shared-folder" || arg == "--host-kind" ||
+                                arg == "--command" || arg == "--update-folder";
         if (takesValue && i + 1 >= argc) {
             *error = arg + " needs a value";
             return false;
@@ -78,6 +86,7 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
         bool* seen = arg == "--script"          ? &script
                      : arg == "--shared-folder" ? &sharedFolder
                      : arg == "--host-kind"     ? &hostKind
+                     : arg == "--update-folder" ? &updateFolder
                                                 : nullptr;
         if (seen != nullptr && *seen) {
             *error = arg + " is given twice";
@@ -89,6 +98,10 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
             args->script = value;
         else if (arg == "--shared-folder")
             args->sharedFolder = value;
+        else if (arg == "--update-folder")
+            args->updateFolder = value;
+        else if (arg == "--no-update-server")
+            args->updateServer = false;
         else if (arg == "--host-kind" && !ParseKind(value, &args->hostKind)) {
             *error = "--host-kind takes a number from 0 to 2147483647, not '" + achost::Shown(value) + "'";
             return false;
@@ -117,6 +130,10 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
     }
     if (args->listMenus && script) {
         *error = "--list-menus and --script exclude each other";
+        return false;
+    }
+    if (updateFolder && !args->updateServer) {
+        *error = "--update-folder and --no-update-server exclude each other";
         return false;
     }
     if (args->addon.empty())
@@ -164,6 +181,7 @@ int Finish(int code) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false); // lets the terminal see typed-ahead lines while the run loop turns
     Arguments args;
     std::string error;
     if (!ParseArguments(argc, argv, &args, &error)) {
@@ -188,6 +206,16 @@ int main(int argc, char** argv) {
         for (const achost::Menu* menu : host.Menus())
             achost::WriteMenu(std::cout, *menu);
         return Finish(0);
+    }
+    achost::UpdateServer updateServer;
+    if (args.updateServer) {
+        const std::string folder =
+            args.updateFolder.empty() ? achost::BundledUpdateFolder() : args.updateFolder;
+        if (!updateServer.Start(folder, &error)) {
+            std::cerr << "achost: " << error << "\n";
+            return 2;
+        }
+        achost::UseHttpProxy(updateServer.Address());
     }
     if (!args.script.empty())
         return Finish(RunScript(host, args.script));

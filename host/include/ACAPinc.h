@@ -57,6 +57,20 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Interface(API_InterfaceID code, void
                                                       void* par2 = nullptr, void* par3 = nullptr,
                                                       void* par4 = nullptr);
 
+// Modeless windows (Initialize and later, dialog callbacks included) -----------------------------
+
+// Tells the host that the modeless dialog referenceID (the ID DGModelessInit returned) is one of the
+// add-on's palettes, enabled in the windows of controlFlags (API_PalEnabled_*); callBackProc (may be
+// null) is asked to close, hide or show it. Returns APIERR_BADID when referenceID is not an open
+// modeless dialog or is registered already. The registration lasts until
+// ACAPI_UnregisterModelessWindow; a dialog closed or an add-on unloaded while still registered is
+// reported.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL
+ACAPI_RegisterModelessWindow(Int32 referenceID, APIPaletteControlCallBackProc* callBackProc,
+                             GSFlags controlFlags, const API_Guid& paletteGuid = APINULLGuid);
+// Ends the registration of referenceID; APIERR_BADID when it is not registered.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_UnregisterModelessWindow(Int32 referenceID);
+
 // Resources and environment (any entry point) ---------------------------------------------------
 
 // The add-on's own resource module; valid while the add-on is registered.

@@ -113,7 +113,7 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
     temp.Write(temp.PathOf("lib/MoravelLibrary.so"), "not a library");
     const std::string usage =
         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
-        "              [--script FILE] [ADDON]\n"
+        "              [--update-folder DIR | --no-update-server] [--script FILE] [ADDON]\n"
         "       achost --list-menus [ADDON]\n"
         "       achost --help\n";
     const struct {
@@ -168,6 +168,10 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         {"repeated option", "", "", "--script a --script b", "", 2,
          "achost: --script is given twice\n" + usage},
         {"unknown option", "", "", "--fast", "", 2, "achost: unknown option --fast\n" + usage},
+        {"update folder without a server", "", "", "--no-update-server --update-folder " + temp.Path(), "", 2,
+         "achost: --update-folder and --no-update-server exclude each other\n" + usage},
+        {"missing update folder", "", "", "--update-folder " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "",
+         2, "achost: the update folder " + temp.PathOf("none") + " is not a folder\n"},
         {"full disk", "", "", "--list-menus " MORAVEL_LIBRARY, " >/dev/full", 2,
          "achost: cannot write the output: No space left on device\n"},
         {"good script", "", "", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, "", 0, ""},

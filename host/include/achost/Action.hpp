@@ -35,6 +35,7 @@ enum class Verb {
     AnswerFolder, // answer folder "PATH"|cancel
     ExpectOpened, // expect opened "TEXT"
     WaitDownload, // wait download
+    ExpectDialogState, // expect dialog RESID shown|hidden|closed
     Command       // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
 };
 

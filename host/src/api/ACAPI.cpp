@@ -179,6 +179,26 @@ GSErrCode ACAPI_Interface(API_InterfaceID code, void* par1, void* par2, void* pa
     return APIERR_NOTSUPPORTED;
 }
 
+GSErrCode ACAPI_RegisterModelessWindow(Int32 referenceID, APIPaletteControlCallBackProc* callBackProc,
+                                       GSFlags controlFlags, const API_Guid& /*paletteGuid*/) {
+    Host::Impl* s = Allowed("ACAPI_RegisterModelessWindow", {Phase::Initialize, Phase::Command});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    const auto dialog = s->dialogs.find(static_cast<short>(referenceID));
+    if (dialog == s->dialogs.end() || dialog->second->modal || s->modelessWindows.count(referenceID) != 0)
+        return APIERR_BADID;
+    s->modelessWindows[referenceID] = {callBackProc, controlFlags};
+    return NoError;
+}
+
+GSErrCode ACAPI_UnregisterModelessWindow(Int32 referenceID) {
+    Host::Impl* s =
+        Allowed("ACAPI_UnregisterModelessWindow", {Phase::Initialize, Phase::Command, Phase::FreeData});
+    if (s == nullptr)
+        return APIERR_REFUSEDCMD;
+    return s->modelessWindows.erase(referenceID) != 0 ? GSErrCode(NoError) : GSErrCode(APIERR_BADID);
+}
+
 GSResModule ACAPI_GetOwnResModule() {
     return ForResources("ACAPI_GetOwnResModule") != nullptr ? achost::kOwnResModule : 0;
 }

@@ -47,7 +47,10 @@ const Form kForms[] = {
      "the next folder dialog answers PATH, or is cancelled", "answer folder cancel"},
     {Verb::ExpectOpened, "expect opened \"TEXT\"", "the add-on asked the host to open TEXT",
      "expect opened \"https://example.com/\""},
-    {Verb::WaitDownload, "wait download", "wait until the running download ends", "wait download"},
+    {Verb::WaitDownload, "wait download",
+     "turn the run loop until the add-on's transfer has ended (90 s at most)", "wait download"},
+    {Verb::ExpectDialogState, "expect dialog RESID shown|hidden|closed",
+     "dialog RESID is open and shown, open and hidden, or not open", "expect dialog 32755 hidden"},
     {Verb::Command, "command DEVID LOCALID \"CMD\"", "another add-on answers the four-character command CMD",
      "command 1 2 \"SUIT\""},
 };

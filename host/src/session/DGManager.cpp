@@ -137,6 +137,9 @@ void Host::Impl::CloseDialog(short dialId, short item) {
         return;
     found->second->closing = true;
     Send(dialId, DG_MSG_CLOSE, item);
+    if (modelessWindows.erase(dialId) != 0)
+        Violation("ACAPI_UnregisterModelessWindow: dialog " + std::to_string(dialId) +
+                  " closed while still registered as a modeless window");
     for (size_t n = 1; n <= found->second->view.items.size(); ++n)
         if (found->second->view.items[n - 1].drawSuspended != 0)
             Violation("DGEnableDraw: dialog " + std::to_string(dialId) + " closed with the drawing of item " +

@@ -6,6 +6,7 @@
 #include "achost/Dialogs.hpp"
 #include "achost/Host.hpp"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -106,6 +107,13 @@ struct Host::Impl {
     // The dialog the user acts on: the innermost modal one, else the newest visible modeless one.
     OpenDialog* Front();
 
+    // Modeless dialogs registered as the add-on's palettes (ACAPI_RegisterModelessWindow).
+    struct ModelessWindow {
+        APIPaletteControlCallBackProc* callback = nullptr;
+        GSFlags flags = 0;
+    };
+    std::map<Int32, ModelessWindow> modelessWindows;
+
     std::map<short, std::unique_ptr<OpenDialog>> dialogs;
     std::vector<short> modalStack;        // open modal dialogs, innermost last
     std::map<short, short> closedDialogs; // modal dialogs closed, with their item, until RunModal ends
@@ -137,8 +145,15 @@ bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message);
 // `text` in double quotes, with quotes and backslashes escaped as in a script.
 std::string Quoted(const std::string& text);
 
-// Turns the main run loop once without waiting (host/src/RunLoop.cpp).
-void TurnRunLoop();
+// The main run loop (host/src/services/RunLoop.cpp): libuv's default loop. Add-on code its callbacks
+// reach runs as a command does.
+// Turns the loop once without waiting.
+void TurnRunLoop(Host::Impl& s);
+// Turns the loop, waiting for its events, until no transfer or timer of the add-on is pending (the
+// loop holds no referenced handle or request) or `limitSeconds` have passed; false on the limit.
+bool TurnRunLoopUntilIdle(Host::Impl& s, double limitSeconds);
+// Turns the loop, waiting for its events, until `fd` is readable or `changed` answers true.
+void TurnRunLoopUntilReadable(Host::Impl& s, int fd, const std::function<bool()>& changed);
 
 // The resource module handle the add-on receives for its own resources.
 constexpr GSResModule kOwnResModule = 1;

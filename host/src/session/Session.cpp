@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <sstream>
 
 namespace achost {
 
@@ -72,6 +73,22 @@ bool ExpectRegistered(const Host& host, const Action& action, std::string* messa
     return false;
 }
 
+// How long `wait download` turns the run loop at most.
+constexpr int kDownloadWaitSeconds = 90;
+
+// `expect dialog RESID shown|hidden|closed`: about any dialog of that resource, in front or not.
+bool ExpectDialogState(const Host::Impl& s, const Action& action, std::string* message) {
+    std::string seen = "closed";
+    for (const auto& [id, dialog] : s.dialogs)
+        if (dialog->view.resID == action.numbers[0])
+            seen = dialog->view.visible ? "shown" : "hidden";
+    if (seen == action.texts[0])
+        return true;
+    *message =
+        "expected dialog " + std::to_string(action.numbers[0]) + " " + action.texts[0] + ", saw it " + seen;
+    return false;
+}
+
 // The menu and session verbs, while no modal dialog or alert is open.
 bool PerformOnMenus(Host& host, const Action& action, std::string* message) {
     switch (action.verb) {
@@ -111,6 +128,14 @@ bool Host::Impl::Perform(const Action& action, std::string* message) {
         host.DeclareCommand(declared);
         return true;
     }
+    if (action.verb == Verb::WaitDownload) {
+        if (TurnRunLoopUntilIdle(*this, kDownloadWaitSeconds))
+            return true;
+        *message = "the add-on's transfer did not end within " + std::to_string(kDownloadWaitSeconds) + " s";
+        return false;
+    }
+    if (action.verb == Verb::ExpectDialogState)
+        return ExpectDialogState(*this, action, message);
     if (alert || action.verb == Verb::ExpectAlert || action.verb == Verb::Ok)
         return PerformOnAlert(*this, action, message);
     if (IsDialogVerb(action.verb))
@@ -124,7 +149,7 @@ bool Host::Impl::Perform(const Action& action, std::string* message) {
 }
 
 bool Host::Impl::Step() {
-    TurnRunLoop();
+    TurnRunLoop(*this);
     Action action;
     FrontEnd* frontEnd = session.frontEnd;
     if (session.ended || frontEnd == nullptr || !frontEnd->NextAction(*session.host, &action) ||
@@ -292,24 +317,55 @@ bool DriverFrontEnd::Outcome(const Action& action, bool ok, const std::string& m
     return ok;
 }
 
-bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
+namespace {
+
+// What the terminal shows: the alert, else the menu and the front dialog.
+std::string Screen(const Host& host) {
+    std::ostringstream screen;
     const Menu* menu = host.RegisteredMenu();
     const Dialog* dialog = host.FrontDialog();
     if (host.OpenAlert() != nullptr)
-        WriteAlert(out, *host.OpenAlert());
+        WriteAlert(screen, *host.OpenAlert());
     else if (menu != nullptr && (dialog == nullptr || dialog->kind != DialogKind::Modal))
-        WriteMenu(out, *menu);
+        WriteMenu(screen, *menu);
     if (host.OpenAlert() == nullptr && dialog != nullptr)
-        WriteDialog(out, *dialog);
-    const std::string bareVerb = host.OpenAlert() != nullptr ? "" : dialog != nullptr ? "click " : "menu ";
+        WriteDialog(screen, *dialog);
+    return screen.str();
+}
+
+// Turns the run loop until the person types something on standard input (when `wait`: nothing is
+// typed ahead); shows the screen again, then `prompt`, whenever a transfer's callback changed it
+// meanwhile. Input that cannot be waited for (a regular file) is read at once.
+void WaitForInput(const Host& host, bool wait, std::ostream& out, const char* prompt, std::string* shown) {
+    Host::Impl& s = *HostAccess::Of(const_cast<Host&>(host));
+    while (wait) {
+        TurnRunLoopUntilReadable(s, STDIN_FILENO, [&] { return Screen(host) != *shown; });
+        if (Screen(host) == *shown)
+            return;
+        *shown = Screen(host);
+        out << "\n" << *shown << prompt << std::flush;
+    }
+}
+
+} // namespace
+
+bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
+    std::string shown = Screen(host);
+    out << shown;
     std::string text, error;
-    const auto readLine = [this](std::string* line) {
-        if (reader)
+    const auto readLine = [&](std::string* line) {
+        if (reader) { // the reader shows its own prompt
+            WaitForInput(host, true, out, "", &shown);
             return out.flush(), reader("> ", line);
+        }
         out << "> " << std::flush;
+        WaitForInput(host, &in == &std::cin && std::cin.rdbuf()->in_avail() == 0, out, "> ", &shown);
         return static_cast<bool>(std::getline(in, *line));
     };
     while (readLine(&text)) {
+        const std::string bareVerb = host.OpenAlert() != nullptr     ? ""
+                                     : host.FrontDialog() != nullptr ? "click "
+                                                                     : "menu ";
         const bool bareNumber = !text.empty() && text.find_first_not_of("0123456789 ") == std::string::npos;
         const ParseResult result = ParseAction(bareNumber ? bareVerb + text : text, action, &error);
         if (result == ParseResult::Malformed)
