@@ -93,6 +93,8 @@ int XN_File::ReadFullText(const XN_Location& location, XN_String& text, bool det
 }
 
 int XN_File::Write(const char* bytes, unsigned long n) {
+    if (file == nullptr)
+        return kNoFileOpen;
     return n == 0 ? kSuccess : ResultOf(file->WriteBin(bytes, static_cast<USize>(n)));
 }
 

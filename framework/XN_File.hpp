@@ -68,9 +68,10 @@ public:
     // The result code of a host error code.
     static int ResultOf(GSErrCode error);
 
-private:
+    // Writes `n` bytes at the current position of the open file (1 when none is open).
     int Write(const char* bytes, unsigned long n);
 
+private:
     XN_File_OpenMode mode = XN_File_ReadMode;
     IO::File* file = nullptr;
 };

@@ -6,6 +6,22 @@
 #include "XN_Location.hpp"
 #include "XN_String.hpp"
 
+// What a download reports to its callback (XN_General::URLDownload), in this order: Opened once when
+// the server has answered; Progress (0.5: the total is not tracked) after each block written; then
+// exactly one of Completed (the server ended the body) or Failed; nothing after that. The downloader
+// never sends Closed; receivers treat it as a request to close their progress display.
+enum XN_URL_Message {
+    XN_URL_Opened = 0,
+    XN_URL_Failed = 1,
+    XN_URL_Progress = 2,
+    XN_URL_Completed = 3,
+    XN_URL_Closed = 4
+};
+
+// A download's callback. Its answer matters only to XN_URL_Opened: 1 cancels the transfer before the
+// destination is created, and nothing more is reported.
+typedef int (*XN_URL_Callback)(XN_URL_Message message, double progress, void* userData);
+
 class XN_General {
 public:
     // Host utilities (XN_General.cpp) -----------------------------------------------------------
@@ -30,4 +46,17 @@ public:
     // Library-part lookup with the user-facing alert (XN_Library.cpp) ---------------------------
 
     // URL download on the host's main run loop (update/XN_URLDownload.cpp) ----------------------
+
+    // Starts fetching `url` (http or https) into `destination` and returns at once: the host's main
+    // run loop carries the transfer on and reports to `callback` (null: nothing is reported) with
+    // `userData`. Percent escapes in `url` are undone and the address escaped again uniformly in
+    // UTF-8; redirections are followed; proxies come from the standard variables (http_proxy, ...);
+    // https certificates are verified. The body is written as it arrives, in blocks of at most
+    // 16 KiB, to `destination`, which is created (or emptied) only after XN_URL_Opened was answered
+    // with 0. HTTP status codes are not inspected: an error page is a body like any other. The whole
+    // transfer has 60 seconds from this call, data flowing or not. A body partly written stays on
+    // disk after a failure. True: the callbacks follow. False: nothing started (a malformed address,
+    // a scheme other than http and https) and no callback will come.
+    static bool URLDownload(const XN_String& url, const XN_Location& destination, XN_URL_Callback callback,
+                            void* userData);
 };
