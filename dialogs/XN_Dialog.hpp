@@ -3,6 +3,9 @@
 // thread and returns once the user has answered.
 #pragma once
 
+#include "FileTypeManager.hpp"
+#include "XN_List.hpp"
+#include "XN_Location.hpp"
 #include "XN_String.hpp"
 
 class XN_Dialog {
@@ -18,4 +21,16 @@ public:
                                      bool lowerFirst);
 
     // Save-file dialogs (XN_SaveFile.cpp) -------------------------------------------------------
+
+    // Asks for a file to save of one type: `typeName` ("Text Files (*.txt)") and `extension` as the
+    // dialog's one filter, `title` (when not empty) as its title, `defaultPath` ("folder/name" or a
+    // bare name) as the folder and file name it starts with. True with `file` set when the user
+    // chose; false when cancelled.
+    static bool SaveFile(XN_Location& file, const XN_String& typeName, const XN_String& extension,
+                         long macType, const XN_String& title, const XN_String& defaultPath);
+    // The general form: one filter per type of `types` (when given), the starting `folder` and the
+    // preselected `fileName` (when given). `selectedType` (when given) receives the index of the
+    // filter in force when the user chose.
+    static bool SaveFile(XN_Location& file, const XN_Location* folder, const XN_Location* fileName,
+                         const XN_String& title, XN_List<FTM::GeneralID>* types, long* selectedType);
 };

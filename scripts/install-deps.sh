@@ -8,6 +8,7 @@ packages=(
     libgtest-dev libgmock-dev googletest libbenchmark-dev
     libicu-dev libcurl4-openssl-dev libuv1-dev libedit-dev libmicrohttpd-dev curl
     nlohmann-json3-dev
+    libcairo2-dev libpango1.0-dev fonts-dejavu-core
     clang-format xdg-utils
 )
 

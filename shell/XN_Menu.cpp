@@ -1,6 +1,7 @@
 #include "XN_Menu.hpp"
 
 #include "ACAPinc.h"
+#include "CDlgAbout.hpp"
 #include "XN_Language.hpp"
 #include "XN_Resource.hpp"
 #include "sett_Addon.hpp"
@@ -22,7 +23,11 @@ void RunCommand(Int32 item) {
             MenuUpdate();
         }
         break;
-    case kMenuItem_About:
+    case kMenuItem_About: {
+        CDlgAbout about;
+        about.ShowDialog();
+        break;
+    }
     case kMenuItem_UpdateNow:
     case kMenuItem_AutoUpdate:
     case kMenuItem_Information:

@@ -16,7 +16,8 @@ namespace {
 
 const char kUsage[] =
     "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
-    "              [--update-folder DIR | --no-update-server] [--script FILE] [ADDON]\n"
+    "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
+    "              [--launch] [--script FILE] [ADDON]\n"
     "       achost --list-menus [ADDON]\n"
     "       achost --help\n";
 
@@ -32,6 +33,12 @@ const char kHelp[] =
     "                        the four-character command CMD up to VERSION (default 1), as\n"
     "                        ACAPI_Command_Test reports; repeatable. In a script: command DEVID LOCALID "
     "\"CMD\"\n"
+    "  --project FILE        the open project's file (default: an untitled project); in a script:\n"
+    "                        project \"FILE\" or project untitled\n"
+    "  --engine NAME         a rendering engine's menu name, numbered in the order given, the first\n"
+    "                        current; repeatable (default: \"Internal Engine\", \"Sketch Engine\")\n"
+    "  --launch              hand what the add-on opens to xdg-open in a script session too (a\n"
+    "                        terminal session always does; a script only records it: expect opened)\n"
     "  --script FILE         run the actions and expectations of FILE, one per line, as they are read\n"
     "                        (FILE - or /dev/stdin: standard input, which may be a pipe)\n"
     "  --update-folder DIR   the folder the demo update server serves under /update_plugins/ (default:\n"
@@ -52,7 +59,18 @@ struct Arguments {
     bool help = false;
     std::vector<achost::DeclaredCommand> commands;
     API_ApplicationTypeID hostKind = APIAppl_ArchiCADID;
+    std::string project;
+    std::vector<std::string> engines;
+    bool launch = false;
 };
+
+// `path` from the working directory when it is relative.
+std::string Absolute(const std::string& path) {
+    char cwd[4096];
+    return path.empty() || path[0] == '/' || getcwd(cwd, sizeof cwd) == nullptr
+               ? path
+               : std::string(cwd) + "/" + path;
+}
 
 std::string DefaultAddon() {
     char self[4096] = {};
@@ -73,11 +91,12 @@ bool ParseKind(const std::string& text, API_ApplicationTypeID* kind) {
 
 // False with the reason when the arguments do not make one session.
 bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) {
-    bool script = false, sharedFolder = false, hostKind = false, updateFolder = false;
+    bool script = false, sharedFolder = false, hostKind = false, updateFolder = false, project = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         const bool takesValue = arg == "--script" || arg == "--shared-folder" || arg == "--host-kind" ||
-                                arg == "--command" || arg == "--update-folder";
+                                arg == "--command" || arg == "--update-folder" || arg == "--project" ||
+                                arg == "--engine";
         if (takesValue && i + 1 >= argc) {
             *error = arg + " needs a value";
             return false;
@@ -87,6 +106,7 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
                      : arg == "--shared-folder" ? &sharedFolder
                      : arg == "--host-kind"     ? &hostKind
                      : arg == "--update-folder" ? &updateFolder
+                     : arg == "--project"       ? &project
                                                 : nullptr;
         if (seen != nullptr && *seen) {
             *error = arg + " is given twice";
@@ -102,6 +122,15 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
             args->updateFolder = value;
         else if (arg == "--no-update-server")
             args->updateServer = false;
+        else if (arg == "--project")
+            args->project = Absolute(value);
+        else if (arg == "--engine" && value.empty()) {
+            *error = "--engine takes an engine's menu name, not an empty text";
+            return false;
+        } else if (arg == "--engine")
+            args->engines.push_back(value);
+        else if (arg == "--launch")
+            args->launch = true;
         else if (arg == "--host-kind" && !ParseKind(value, &args->hostKind)) {
             *error = "--host-kind takes a number from 0 to 2147483647, not '" + achost::Shown(value) + "'";
             return false;
@@ -197,6 +226,10 @@ int main(int argc, char** argv) {
     achost::HostOptions options;
     options.hostKind = args.hostKind;
     options.commands = args.commands;
+    options.project = args.project;
+    if (!args.engines.empty())
+        options.engines = args.engines;
+    options.launch = args.launch || args.script.empty();
     achost::Host host(options);
     if (!host.Start(args.addon, &error)) {
         std::cerr << "achost: " << error << "\n";

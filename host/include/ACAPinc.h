@@ -82,6 +82,19 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_GetOwnLocation(IO::Location* ownFile
 // number and language. Callable at any time, even with no host running.
 GS_HOST_EXPORT void __ACENV_CALL ACAPI_GetReleaseNumber(API_ServerApplicationInfo* serverApplicationInfo);
 
+// Environment (menu commands and dialog callbacks) ------------------------------------------------
+
+// Answers a question about the host's environment; see API_EnvironmentID for the parameters.
+//   'PROJ': fills the API_ProjectInfo at par1; a saved project's location is allocated by the host
+//           and deleted by the caller.
+//   'GREN': fills the API_RendEffects at par1 with the current rendering engine (par2 must be
+//           APIRendSet_EffectsID).
+//   'CREN': makes par1's rendererID the current engine; APIERR_BADID when no engine has that ID.
+// APIERR_BADPARS for a null par1 or another par2, APIERR_NOTSUPPORTED for a code this host does not
+// answer.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Environment(API_EnvironmentID code, void* par1 = nullptr,
+                                                        void* par2 = nullptr, void* par3 = nullptr);
+
 // Add-on communication (any entry point) ----------------------------------------------------------
 
 // Asks whether the add-on identified by mdid is installed and answers command cmdID at version

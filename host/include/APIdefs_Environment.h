@@ -31,3 +31,41 @@ typedef struct {
     API_ServerApplicationInfo serverInfo; // read-only
     API_AddOnInfo addOnInfo;              // filled by the add-on
 } API_EnvirParams;
+
+// The environment the add-on asks about through ACAPI_Environment ---------------------------------
+
+// The function codes of ACAPI_Environment.
+typedef enum {
+    APIEnv_ProjectID = 'PROJ',          // par1 API_ProjectInfo* (out)
+    APIEnv_GetRenderingSetsID = 'GREN', // par1 API_RendEffects* (out), par2 (void*) APIRendSet_EffectsID
+    APIEnv_ChangeRenderingSetsID =
+        'CREN', // par1 const API_RendEffects* (in), par2 (void*) APIRendSet_EffectsID
+    APIEnv_GetLibrariesID = 'GLIB',
+    APIEnv_AddLibrariesID = 'ALIB'
+} API_EnvironmentID;
+
+namespace IO {
+class Location;
+}
+
+// The open project. The caller clears the record; the host fills it and allocates the locations
+// with new: the caller deletes them (both may be set).
+typedef struct {
+    bool untitled; // the project has never been saved: no location is given
+    bool teamwork; // a shared project: location_team is its server copy
+    short userId;
+    Int32 workGroupMode;
+    IO::Location* location;      // the project's file
+    IO::Location* location_team; // a teamwork project's shared copy
+    UInt64 modiStamp;
+} API_ProjectInfo;
+
+// Which rendering settings 'GREN' and 'CREN' read and write (par2, cast to a pointer).
+typedef enum { APIRendSet_EffectsID = 1, APIRendSet_ImageID = 2 } API_RendSetTypeID;
+
+// The rendering effects: here only the current engine matters.
+typedef struct {
+    API_ModulID rendererID; // the current rendering engine
+    bool useBkgAlpha;
+    bool filler_1[7];
+} API_RendEffects;

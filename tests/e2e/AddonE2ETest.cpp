@@ -113,7 +113,8 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
     temp.Write(temp.PathOf("lib/MoravelLibrary.so"), "not a library");
     const std::string usage =
         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
-        "              [--update-folder DIR | --no-update-server] [--script FILE] [ADDON]\n"
+        "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
+        "              [--launch] [--script FILE] [ADDON]\n"
         "       achost --list-menus [ADDON]\n"
         "       achost --help\n";
     const struct {
@@ -172,6 +173,8 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
          "achost: --update-folder and --no-update-server exclude each other\n" + usage},
         {"missing update folder", "", "", "--update-folder " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "",
          2, "achost: the update folder " + temp.PathOf("none") + " is not a folder\n"},
+        {"empty engine name", "", "", "--engine ''", "", 2,
+         "achost: --engine takes an engine's menu name, not an empty text\n" + usage},
         {"full disk", "", "", "--list-menus " MORAVEL_LIBRARY, " >/dev/full", 2,
          "achost: cannot write the output: No space left on device\n"},
         {"good script", "", "", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, "", 0, ""},

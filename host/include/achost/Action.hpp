@@ -31,12 +31,14 @@ enum class Verb {
     Close,
     ExpectAlert, // expect alert "LARGE" "SMALL"
     Ok,
-    AnswerSave,   // answer save "PATH"|cancel
-    AnswerFolder, // answer folder "PATH"|cancel
-    ExpectOpened, // expect opened "TEXT"
-    WaitDownload, // wait download
+    AnswerSave,        // answer save "PATH"|cancel
+    AnswerFolder,      // answer folder "PATH"|cancel
+    ExpectOpened,      // expect opened "TEXT"
+    WaitDownload,      // wait download
     ExpectDialogState, // expect dialog RESID shown|hidden|closed
-    Command       // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
+    Project,           // project "PATH"|untitled
+    ExpectEngine,      // expect engine "NAME"
+    Command            // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
 };
 
 struct Action {

@@ -60,6 +60,14 @@ struct Alert {
     std::vector<std::string> buttons; // never empty
 };
 
+// A file dialog (DG::FileDialog) as the user sees it while it waits for an answer.
+struct FileRequest {
+    std::string kind = "save";           // what it asks for
+    std::string title, folder, fileName; // UTF-8; empty when not set
+    std::vector<std::string> filters;    // each filter's text and extensions: "Text Files (*.txt) [TXT]"
+    size_t selectedFilter = 0;
+};
+
 GS_HOST_EXPORT const char* DialogKindName(DialogKind kind);
 
 } // namespace achost

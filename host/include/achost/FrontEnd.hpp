@@ -39,6 +39,8 @@ GS_HOST_EXPORT void WriteMenu(std::ostream& out, const Menu& menu);
 GS_HOST_EXPORT void WriteDialog(std::ostream& out, const Dialog& dialog);
 // Writes an alert: its kind, title, texts and buttons.
 GS_HOST_EXPORT void WriteAlert(std::ostream& out, const Alert& alert);
+// Writes a file dialog: its kind, title, folder, preselected name and filters (">" the selected one).
+GS_HOST_EXPORT void WriteFileDialog(std::ostream& out, const FileRequest& request);
 
 // Reads a script one line at a time, as the host waits, and hands out its actions in order; so a
 // script may be an endless pipe. A line that cannot be read ends the session there (Malformed()).
@@ -99,7 +101,9 @@ using LineReader = std::function<bool(const std::string& prompt, std::string* li
 
 // A person at a terminal: shows the alert, else the front dialog, else the registered menu; reads one
 // action per line (a bare number clicks that item of the dialog, or chooses that item of the menu);
-// explains malformed lines and failures and goes on. `help` lists every action with its meaning.
+// explains malformed lines and failures and goes on. `help` lists every action with its meaning. A
+// file dialog asks for a path instead (an empty line cancels). What the add-on opened on the desktop
+// is printed as it happens.
 class GS_HOST_EXPORT TerminalFrontEnd : public FrontEnd {
 public:
     // Reads lines from `in` unless a `reader` is given; writes to `out`.
@@ -109,9 +113,13 @@ public:
     bool Outcome(const Action& action, bool ok, const std::string& message) override;
 
 private:
+    // Reads the answer to the waiting file dialog.
+    bool AnswerFileDialog(const FileRequest& request, Action* action);
+
     std::istream& in;
     std::ostream& out;
     LineReader reader;
+    size_t openedShown = 0;
 };
 
 } // namespace achost

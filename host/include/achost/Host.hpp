@@ -37,6 +37,13 @@ struct HostOptions {
     std::function<void(const std::string&)> onViolation;
     // The other add-ons' commands this session answers (ACAPI_Command_Test); none by default.
     std::vector<DeclaredCommand> commands;
+    // The open project's file ('PROJ'); empty for an untitled project, the default.
+    std::string project;
+    // The menu names of the rendering engines ('GREN', 'CREN', EXPGetRend...), numbered from 1;
+    // engine 1 is current when a run starts.
+    std::vector<std::string> engines = {"Internal Engine", "Sketch Engine"};
+    // With true the desktop opener starts xdg-open for each request; otherwise it only records them.
+    bool launch = false;
 };
 
 struct MenuItem {
@@ -109,6 +116,17 @@ public:
 
     // Declares one more command answered by another add-on, for the rest of this host's life.
     void DeclareCommand(const DeclaredCommand& command);
+
+    // Sets the open project's file (empty: untitled) for the rest of this host's life.
+    void SetProject(const std::string& path);
+    // The current rendering engine's number (1-based) and how many times the add-on changed it
+    // ('CREN') in this run.
+    int CurrentEngine() const;
+    int EngineChanges() const;
+    // Everything the add-on asked the desktop to open in this run, in order.
+    const std::vector<std::string>& Opened() const;
+    // The file dialog waiting for the user, or null.
+    const FileRequest* OpenFileDialog() const;
 
     // Dialogs open now, oldest first.
     std::vector<const Dialog*> Dialogs() const;

@@ -121,6 +121,17 @@ struct Host::Impl {
     std::optional<Alert> alert;
     short alertAnswer = 0;
 
+    // File dialogs, the environment and the desktop (host/src/session/EnvironmentActions.cpp) -----
+
+    // Shows the file dialog and waits for the user: the chosen path, or nothing when cancelled.
+    std::optional<std::string> RunFileDialog(FileRequest request);
+
+    std::optional<FileRequest> fileRequest;
+    std::optional<std::optional<std::string>> fileAnswer; // set by the user's answer
+    int currentEngine = 1;
+    int engineChanges = 0;
+    std::vector<std::string> opened;
+
     // Sessions (host/src/Session.cpp) -----------------------------------------------------------
 
     // Waits for one action and carries it out; false when the session has ended.
@@ -142,6 +153,10 @@ Host::Impl* RunningHost(const char* call, std::initializer_list<Phase> phases);
 bool IsDialogVerb(Verb verb);
 bool PerformOnDialog(Host::Impl& s, const Action& action, std::string* message);
 bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message);
+// The session verbs about the environment and file dialogs (project, engines, opened documents,
+// answers to a file dialog), possible in any state.
+bool IsEnvironmentVerb(Verb verb);
+bool PerformOnEnvironment(Host::Impl& s, const Action& action, std::string* message);
 // `text` in double quotes, with quotes and backslashes escaped as in a script.
 std::string Quoted(const std::string& text);
 

@@ -136,6 +136,13 @@ bool Host::Impl::Perform(const Action& action, std::string* message) {
     }
     if (action.verb == Verb::ExpectDialogState)
         return ExpectDialogState(*this, action, message);
+    if (IsEnvironmentVerb(action.verb))
+        return PerformOnEnvironment(*this, action, message);
+    if (fileRequest) {
+        *message =
+            "'" + action.source + "' is not possible while the " + fileRequest->kind + " dialog is open";
+        return false;
+    }
     if (alert || action.verb == Verb::ExpectAlert || action.verb == Verb::Ok)
         return PerformOnAlert(*this, action, message);
     if (IsDialogVerb(action.verb))
@@ -317,6 +324,29 @@ bool DriverFrontEnd::Outcome(const Action& action, bool ok, const std::string& m
     return ok;
 }
 
+void WriteFileDialog(std::ostream& out, const FileRequest& request) {
+    out << request.kind << " dialog " << Quoted(request.title) << "\n  folder " << Quoted(request.folder)
+        << "\n  name " << Quoted(request.fileName) << "\n";
+    for (size_t i = 0; i < request.filters.size(); ++i)
+        out << (i == request.selectedFilter ? "  > " : "    ") << request.filters[i] << "\n";
+}
+
+bool TerminalFrontEnd::AnswerFileDialog(const FileRequest& request, Action* action) {
+    WriteFileDialog(out, request);
+    std::string path;
+    const std::string prompt = "path (an empty line cancels)> ";
+    const bool read = reader ? (out.flush(), reader(prompt, &path))
+                             : (out << prompt << std::flush, static_cast<bool>(std::getline(in, path)));
+    if (!read) {
+        out << "\n";
+        return false;
+    }
+    action->verb = Verb::AnswerSave;
+    action->texts = {path.empty() ? "cancel" : path};
+    action->source = path.empty() ? "answer save cancel" : "answer save " + Quoted(path);
+    return true;
+}
+
 namespace {
 
 // What the terminal shows: the alert, else the menu and the front dialog.
@@ -350,6 +380,12 @@ void WaitForInput(const Host& host, bool wait, std::ostream& out, const char* pr
 } // namespace
 
 bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
+    if (openedShown > host.Opened().size()) // a new host run
+        openedShown = 0;
+    for (; openedShown < host.Opened().size(); ++openedShown)
+        out << "opened " << Quoted(host.Opened()[openedShown]) << "\n";
+    if (host.OpenFileDialog() != nullptr && host.OpenAlert() == nullptr)
+        return AnswerFileDialog(*host.OpenFileDialog(), action);
     std::string shown = Screen(host);
     out << shown;
     std::string text, error;

@@ -1,0 +1,101 @@
+// The About and Information dialogs of the real add-on in the real host.
+#include "achost/Faults.hpp"
+
+#include "HostTest.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kGuide1 = "01 - Libreria Moravel.pdf";
+const std::string kGuide2 = "02 - Libreria Moravel.pdf";
+
+class DialogsTest : public xn_test::SharedFolderTest {
+protected:
+    // The built add-on's folder; or, with `guides`, a copy of the add-on in the test's folder with only
+    // those guides beside it.
+    std::string AddonIn(const std::vector<std::string>& guides) {
+        const fs::path built = fs::path(MORAVEL_LIBRARY).parent_path();
+        fs::create_directories(temp.PathOf("addon"));
+        fs::copy_file(MORAVEL_LIBRARY, temp.PathOf("addon/MoravelLibrary.so"));
+        for (const std::string& guide : guides)
+            fs::copy_file(built / guide, temp.PathOf("addon/" + guide));
+        return temp.PathOf("addon/MoravelLibrary.so");
+    }
+    void Start(achost::Host& host, const std::string& addon = MORAVEL_LIBRARY) {
+        std::string error;
+        ASSERT_TRUE(host.Start(addon, &error)) << error;
+    }
+};
+
+TEST_F(DialogsTest, AGuideMissingBesideTheAddonGivesTheAlertAndAboutStaysOpen) {
+    const struct {
+        const char* name;
+        std::vector<std::string> language;
+        std::string alert;
+    } cases[] = {
+        {"International",
+         {},
+         "Error: the guide cannot be opened. Make sure its PDF file is in the add-on's folder."},
+        {"Italian",
+         {"menu 3", "select 3 1", "click 1"},
+         "Errore: impossibile aprire la guida. Verifica che il file PDF si trovi nella cartella "
+         "dell'add-on."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        achost::Host host(options);
+        Start(host, AddonIn({kGuide1}));
+        std::vector<std::string> lines = c.language;
+        lines.insert(lines.end(),
+                     {"menu 1", "click 6", "expect opened \"/addon/" + kGuide1 + "\"", "click 7",
+                      "expect alert \"" + c.alert + "\" \"\"", "ok", "expect dialog 32500", "click 1"});
+        EXPECT_EQ("", xn_test::RunLines(host, lines));
+        EXPECT_EQ(1u, host.Opened().size());
+        fs::remove_all(temp.PathOf("addon"));
+    }
+}
+
+// Each opening gets a dialog ID of its own; the add-on never uses one of a closed dialog (strict
+// options fail the test on such a call) and leaves no host memory behind.
+TEST_F(DialogsTest, OpeningAndClosingEachDialogAHundredTimes) {
+    achost::Host host(options);
+    Start(host);
+    std::vector<std::string> lines;
+    for (int i = 0; i < 100; ++i)
+        lines.insert(lines.end(), {"menu 1", "click 1"});
+    std::set<short> ids;
+    const long handles = achost::LiveHandleCount();
+    EXPECT_EQ("", xn_test::RunLines(host, lines, [&](const achost::Host& h) {
+                  if (h.FrontDialog() != nullptr)
+                      ids.insert(h.FrontDialog()->id);
+              }));
+    EXPECT_EQ(100u, ids.size());
+    EXPECT_TRUE(host.Dialogs().empty());
+    EXPECT_EQ(handles, achost::LiveHandleCount());
+}
+
+class TerminalTest : public xn_test::TempFolderTest {};
+
+// A person at the terminal: what the add-on opens is launched (here a recording xdg-open first on
+// PATH) and printed.
+TEST_F(TerminalTest, TheTerminalLaunchesAndPrintsWhatItOpens) {
+    fs::create_directories(temp.PathOf("bin"));
+    temp.Write(temp.PathOf("bin/xdg-open"),
+               "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + temp.PathOf("log") + "'\n");
+    fs::permissions(temp.PathOf("bin/xdg-open"), fs::perms::owner_all);
+    const std::string guide = fs::path(MORAVEL_LIBRARY).parent_path() / kGuide1;
+    std::string output;
+    EXPECT_EQ(0, xn_test::RunProgram("printf '1\\n6\\n1\\n' | PATH='" + temp.PathOf("bin") + "':\"$PATH\" " +
+                                         ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") + " 2>&1",
+                                     &output));
+    EXPECT_NE(std::string::npos, output.find("opened \"" + guide + "\"\n")) << output;
+    EXPECT_EQ(guide + "\n", temp.Read(temp.PathOf("log")));
+}
+
+} // namespace
