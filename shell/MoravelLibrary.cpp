@@ -1,6 +1,7 @@
 // The add-on's entry points: what the host calls to register, load and unload MoravelLibrary.
 // No exception leaves an entry point: each answers its failure value instead.
 #include "ACAPinc.h"
+#include "XN_AddonUpdate.hpp"
 #include "XN_Language.hpp"
 #include "XN_Menu.hpp"
 #include "sett_Addon.hpp"
@@ -61,7 +62,7 @@ XN_ENTRY_POINT GSErrCode Initialize() {
         const GSErrCode installed = InstallHandlers();
         if (installed != NoError)
             return installed;
-        // The automatic-update check mark of item 5 is set here once the update service exists.
+        XN_AddonUpdate_SetMenuUpdateCheck(XN_MENU_BASE, kMenuItem_AutoUpdate);
         MenuUpdate();
         return GSErrCode(NoError);
     });

@@ -2,6 +2,7 @@
 
 #include "ACAPinc.h"
 #include "CDlgAbout.hpp"
+#include "XN_AddonUpdate.hpp"
 #include "XN_Language.hpp"
 #include "XN_Resource.hpp"
 #include "sett_Addon.hpp"
@@ -29,7 +30,11 @@ void RunCommand(Int32 item) {
         break;
     }
     case kMenuItem_UpdateNow:
+        XN_AddonUpdate_CheckForUpdate(3, true, XN_String(kAddon_VersionLine), XN_String(kAddon_LibraryName));
+        break;
     case kMenuItem_AutoUpdate:
+        XN_AddonUpdate_SwitchAutoUpdateValue(XN_MENU_BASE, kMenuItem_AutoUpdate);
+        break;
     case kMenuItem_Information:
     default:
         break;
@@ -69,9 +74,13 @@ void MenuCommandHandler(const API_MenuParams* params, const short& menuID) {
     RunCommand(item);
     gXN_AskLanguage = false;
     if (!firstTime) {
-        // The automatic update check runs here, once per host run, unless the first command was the
-        // manual one; it is wired in with the update service. Its modal dialogs may deliver another
-        // command, which then has set firstTime already.
+        // The automatic update check runs once per host run, after the first command, unless that was
+        // the manual check. Its alert may deliver another command, which then has set firstTime.
+        if (item != kMenuItem_UpdateNow) {
+            XN_AddonUpdate_AutoUpdate(3, XN_String(kAddon_VersionLine), XN_String(kAddon_LibraryName));
+            if (firstTime)
+                return;
+        }
         firstTime = true;
     }
 }

@@ -17,18 +17,21 @@ class ShellTest : public xn_test::SharedFolderTest {
 protected:
     void SetUp() override {
         xn_test::SharedFolderTest::SetUp();
+        // Automatic update checks off: the probe has no result dialog to show.
+        Store("MoravelLibrary_190.cfg", "AutoUpdate", "0");
         std::string error;
         ASSERT_TRUE(host.Start(PROBE_ADDON, &error)) << error;
     }
-    // Stores "Probe" in the suite's shared settings file, as another add-on of the suite would.
-    void StoreShared(const std::string& value) {
+    void Store(const std::string& file, const std::string& key, const std::string& value) {
         std::filesystem::create_directories(temp.PathOf("Shared"));
         std::string output;
-        ASSERT_EQ(0, xn_test::RunProgram(XN_SETTINGS_PROGRAM " set " + temp.PathOf("Shared/Quillane.cfg") +
-                                             " Probe " + value,
+        ASSERT_EQ(0, xn_test::RunProgram(XN_SETTINGS_PROGRAM " set " + temp.PathOf("Shared/" + file) + " " +
+                                             key + " " + value,
                                          &output))
             << output;
     }
+    // Stores "Probe" in the suite's shared settings file, as another add-on of the suite would.
+    void StoreShared(const std::string& value) { Store("Quillane.cfg", "Probe", value); }
     achost::Host host{options};
 };
 

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <sys/wait.h>
@@ -50,11 +51,19 @@ inline int RunProgram(const std::string& command, std::string* output) {
     return WEXITSTATUS(pclose(pipe));
 }
 
-// A fresh folder per test whose "Shared" is the host's shared folder, and strict host options.
+// A fresh folder per test whose "Shared" is the host's shared folder, and strict host options. The
+// add-on's requests to its update server go to a loopback port that refuses them, unless the test
+// serves them itself: no test ever reaches beyond this machine.
 class SharedFolderTest : public TempFolderTest {
 protected:
-    void SetUp() override { achost::SetSharedFolder(temp.PathOf("Shared")); }
+    void SetUp() override {
+        achost::SetSharedFolder(temp.PathOf("Shared"));
+        setenv("http_proxy", "http://127.0.0.1:1", 1);
+        unsetenv("no_proxy");
+        unsetenv("NO_PROXY");
+    }
     void TearDown() override {
+        unsetenv("http_proxy");
         achost::SetSharedFolder("");
         TempFolderTest::TearDown();
     }

@@ -1,0 +1,226 @@
+// The update check of the real add-on in the real host, against HTTP servers on 127.0.0.1 that stand
+// in for the vendor's update server through http_proxy.
+#include "FaultServer.hpp"
+#include "HostTest.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+
+namespace {
+
+const std::string kOwnLine = "MoravelLibrary 19.0.4.2200 (AC190) 03/08/2018";
+const std::string kVersionsAddress = "http://update.moravel.example/update_plugins/versions16.txt";
+const std::string kUnreachable =
+    "The update server cannot be reached. Check your Internet connection and try again later.";
+
+class UpdateTest : public xn_test::SharedFolderTest {
+protected:
+    void TearDown() override {
+        unsetenv("http_proxy");
+        SharedFolderTest::TearDown();
+    }
+    // Serves `reply` to every request, through http_proxy.
+    void Serve(const xn_test::Reply& reply) {
+        ASSERT_TRUE(server.Start([reply](const std::string&) { return reply; }));
+        setenv("http_proxy", server.Address().c_str(), 1);
+    }
+    // Runs one host session of `lines`; returns the failure that ended it, or "".
+    std::string Run(const std::vector<std::string>& lines) {
+        achost::Host host(options);
+        std::string error;
+        EXPECT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+        return xn_test::RunLines(host, lines);
+    }
+    // Runs xn-settings VERB on the add-on's own settings file; returns what it printed.
+    std::string Settings(const std::string& verb, const std::string& arguments) {
+        std::filesystem::create_directories(temp.PathOf("Shared"));
+        std::string output;
+        xn_test::RunProgram(XN_SETTINGS_PROGRAM " " + verb + " " +
+                                temp.PathOf("Shared/MoravelLibrary_190.cfg") + " " + arguments + " 2>&1",
+                            &output);
+        return output;
+    }
+    size_t Requests() { return server.Paths().size(); }
+    bool TempFileLeft() const { return std::filesystem::exists(temp.PathOf("Shared/__updxn__.tmp")); }
+
+    xn_test::FaultServer server;
+};
+
+// A check from the menu (the first command: it runs exactly one check) and what its dialog says.
+TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
+    const std::string upToDate[] = {"expect item 3 \"You have the latest release.\"",
+                                    "expect item 4 \"MoravelLibrary is up to date.\"",
+                                    "expect item 5 disabled"};
+    const std::string newer[] = {"expect item 3 \"A newer release is available.\"",
+                                 "expect item 4 \"A newer release of MoravelLibrary is available.\"",
+                                 "expect item 5 enabled"};
+    const struct {
+        const char* name;
+        xn_test::Reply reply;
+        bool isNewer;
+    } cases[] = {
+        {"the same line", {200, kOwnLine + "\n"}, false},
+        {"a later date only", {200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"}, true},
+        {"a higher number with an older date",
+         {200, "MoravelLibrary 19.0.9.9999 (AC190) 01/01/2018\n"},
+         false},
+        {"no matching line", {200, "OtherAddon 19.0.5.1 (AC190) 01/01/2020\nMoravel 01/01/2020\n"}, false},
+        {"another host tag", {200, "MoravelLibrary 20.0.1.1000 (AC200) 01/01/2020\n"}, false},
+        {"another major number", {200, "MoravelLibrary 20.0.1.1000 (AC190) 01/01/2020\n"}, false},
+        {"several matching lines, one later",
+         {200,
+          kOwnLine +
+              "\r\nMoravelLibrary 19.1.0.1 (AC190) 01/09/2018\nMoravelLibrary 19.0.0.1 (AC190) 01/01/2017\n"},
+         true},
+        {"a 404 page (kept: up to date)", {404, "<h1>Not Found</h1>"}, false},
+        {"an empty body", {200, ""}, false},
+        {"a redirection followed", {302, "", kVersionsAddress}, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        xn_test::FaultServer one;
+        const bool redirects = c.reply.status == 302;
+        ASSERT_TRUE(one.Start([&](const std::string& path) {
+            return redirects && path == kVersionsAddress
+                       ? xn_test::Reply{302, "", "http://moved.example/v.txt"}
+                   : redirects ? xn_test::Reply{200, kOwnLine}
+                               : c.reply;
+        }));
+        setenv("http_proxy", one.Address().c_str(), 1);
+        std::vector<std::string> lines = {"menu 4", "expect dialog 32755 hidden", "wait download",
+                                          "expect dialog 32755 shown", "expect title \"MoravelLibrary\""};
+        for (const std::string& line : c.isNewer ? newer : upToDate)
+            lines.push_back(line);
+        lines.push_back("expect item 6 \"The latest Moravel library is on the updates page.\"");
+        lines.push_back("expect item 7 \"Check Library\"");
+        EXPECT_EQ("", Run(lines));
+        EXPECT_EQ(kVersionsAddress, one.Paths().at(0));
+        EXPECT_EQ(redirects ? 2u : 1u, one.Paths().size());
+        EXPECT_FALSE(TempFileLeft());
+    }
+}
+
+TEST_F(UpdateTest, TheResultDialogSpeaksTheChosenLanguage) {
+    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
+    Settings("set", "Language_str ita");
+    EXPECT_EQ("",
+              Run({"menu 32500 4", "wait download", "expect item 1 \"Visita il sito web\"",
+                   "expect item 3 \"È disponibile una nuova versione.\"",
+                   "expect item 4 \"È disponibile una nuova versione di MoravelLibrary.\"",
+                   "expect item 5 \"Scarica l'aggiornamento\"", "expect item 7 \"Verifica la libreria\""}));
+}
+
+// Each failure of the transfer ends in the one alert; the dialog made for the check is closed.
+TEST_F(UpdateTest, ATransferThatFailsEndsInTheUnreachableAlert) {
+    const struct {
+        const char* name;
+        bool refuse;
+        xn_test::Reply reply;
+    } cases[] = {
+        {"connection refused", true, {}},
+        {"cut off mid-body", false, {200, std::string(100000, 'x'), "", 5000}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        xn_test::FaultServer one;
+        ASSERT_TRUE(one.Start([&](const std::string&) { return c.reply; }));
+        setenv("http_proxy", one.Address().c_str(), 1);
+        if (c.refuse)
+            one.Stop();
+        EXPECT_EQ("", Run({"menu 4", "wait download", "expect alert \"" + kUnreachable + "\" \"\"", "ok",
+                           "expect dialog 32755 closed"}));
+    }
+}
+
+// Cancel closes the result dialog; the next check makes a dialog of its own, hidden until it ends.
+TEST_F(UpdateTest, EveryCheckMakesItsOwnDialog) {
+    Serve({200, kOwnLine + "\n", "", 0, 5});
+    EXPECT_EQ("", Run({"menu 4", "wait download", "expect dialog 32755 shown", "click 2",
+                       "expect dialog 32755 closed", "menu 4", "expect dialog 32755 hidden", "wait download",
+                       "close", "expect dialog 32755 closed"}));
+    EXPECT_EQ(2u, Requests());
+}
+
+// A modal dialog opened while the transfer runs keeps the run loop turning: the transfer completes
+// under it and its result dialog is there when the modal one closes.
+TEST_F(UpdateTest, ATransferCompletesUnderAModalDialog) {
+    Serve({200, kOwnLine + "\n", "", 0, 20});
+    EXPECT_EQ("", Run({"menu 4", "menu 3", "expect dialog 32734", "wait download",
+                       "expect dialog 32755 shown", "expect dialog 32734", "click 2", "expect dialog 32755",
+                       "expect item 4 \"MoravelLibrary is up to date.\""}));
+}
+
+// The automatic check after the first command: 14 days after the last start at the earliest.
+TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
+    const long day = 86400;
+    const struct {
+        const char* name;
+        std::string autoUpdate;
+        long age; // seconds since the stored start; -1: none stored
+        size_t requests;
+        std::string stored; // AutoUpdate afterwards
+    } cases[] = {
+        {"the first run only switches automatic checks on", "", -1, 0, "1\n"},
+        {"13 days after the last check", "1", 13 * day, 0, "1\n"},
+        {"14 days after the last check", "1", 14 * day, 1, "1\n"},
+        {"never checked before", "1", -1, 1, "1\n"},
+        {"switched off", "0", -1, 0, "0\n"},
+        {"any other value disables it", "2", -1, 0, "2\n"},
+    };
+    Serve({200, kOwnLine + "\n"});
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove(temp.PathOf("Shared/MoravelLibrary_190.cfg"));
+        if (!c.autoUpdate.empty())
+            Settings("set", "AutoUpdate " + c.autoUpdate);
+        if (c.age >= 0)
+            Settings("set", "LastUpdateCheck_190 " + std::to_string(std::time(nullptr) - c.age));
+        const size_t before = Requests();
+        const time_t start = std::time(nullptr);
+        // Up to date after an automatic check: the dialog stays hidden.
+        EXPECT_EQ("", Run({"menu 2", "wait download",
+                           c.requests != 0 ? "expect dialog 32755 hidden" : "expect dialog 32755 closed"}));
+        EXPECT_EQ(c.requests, Requests() - before);
+        EXPECT_EQ(c.stored, Settings("get", "AutoUpdate"));
+        const long stamp = std::atol(Settings("get", "LastUpdateCheck_190").c_str());
+        if (c.requests != 0) {
+            EXPECT_GE(stamp, start);
+        }
+    }
+}
+
+TEST_F(UpdateTest, AnAutomaticCheckShowsOnlyANewerRelease) {
+    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
+    Settings("set", "AutoUpdate 1");
+    EXPECT_EQ("", Run({"menu 2", "wait download", "expect dialog 32755 shown",
+                       "expect item 4 \"A newer release of MoravelLibrary is available.\""}));
+}
+
+// Item 5 flips the marks of all seven language menus and the stored value; "2" leaves the marks alone.
+TEST_F(UpdateTest, TheSwitchFlipsTheMarkOfEveryLanguageMenu) {
+    Serve({200, kOwnLine + "\n"});
+    const auto marks = [](const std::string& state) {
+        std::vector<std::string> lines;
+        for (int menu = 32500; menu <= 32506; ++menu)
+            lines.push_back("expect menu " + std::to_string(menu) + " 5 " + state);
+        return lines;
+    };
+    std::vector<std::string> lines = marks("checked");
+    lines.push_back("menu 5");
+    for (const std::string& line : marks("unchecked"))
+        lines.push_back(line);
+    EXPECT_EQ("", Run(lines));
+    EXPECT_EQ("0\n", Settings("get", "AutoUpdate"));
+    // Switched on by the first command, the automatic check runs right after it.
+    EXPECT_EQ(
+        "", Run({"expect menu 32503 5 unchecked", "menu 5", "expect menu 32506 5 checked", "wait download"}));
+    EXPECT_EQ("1\n", Settings("get", "AutoUpdate"));
+    EXPECT_EQ(1u, Requests());
+    Settings("set", "AutoUpdate 2");
+    EXPECT_EQ("", Run(marks("unchecked")));
+}
+
+} // namespace
