@@ -60,85 +60,71 @@ protected:
     xn_test::FaultServer server;
 };
 
+// Each row: what the server does, the events in order (progress events counted apart as "*"), the
+// least number of progress events (blocks of at most 16 KiB), and what is on disk afterwards.
 TEST_F(URLDownloadTest, EachServerBehaviourEndsInItsEvents) {
-    const std::string big(5 * 1024 * 1024, 'x');
+    const std::string big(5 << 20, 'x');
+    const char* kNoFile = "(no file)";
     const struct {
         const char* name;
         xn_test::Reply reply;
         std::string shape;
+        long blocks;
         std::string written;
+        int answerToOpened = 0;
+        bool refused = false;
+        const char* destination = "__updxn__.tmp";
     } cases[] = {
-        {"a small body", {200, kBody}, "O*C", kBody},
-        {"an empty body leaves an empty file", {200, ""}, "OC", ""},
-        {"a 404 page is a body like any other", {404, "<h1>Not Found</h1>"}, "O*C", "<h1>Not Found</h1>"},
-        {"a body cut off midway", {200, big, "", 100000}, "O*F", big.substr(0, 100000)},
-        {"a 5 MiB body", {200, big}, "O*C", big},
-        {"a slow trickle", {200, std::string(640, 't'), "", 0, 20}, "O*C", std::string(640, 't')},
+        {"a small body", {200, kBody}, "O*C", 1, kBody},
+        {"an empty body leaves an empty file", {200, ""}, "OC", 0, ""},
+        {"a 404 page is a body like any other", {404, "<h1>Not Found</h1>"}, "O*C", 1, "<h1>Not Found</h1>"},
+        {"a body cut off midway stays as far as it came",
+         {200, big, "", 100000},
+         "O*F",
+         1,
+         big.substr(0, 100000)},
+        {"a 5 MiB body", {200, big}, "O*C", 320, big},
+        {"a slow trickle", {200, std::string(640, 't'), "", 0, 20}, "O*C", 1, std::string(640, 't')},
+        {"a redirection, followed without a word", {302, "", "/moved.txt"}, "O*C", 1, kBody},
+        {"a refused connection never opens", {200, kBody}, "F", 0, kNoFile, 0, true},
+        {"cancel at open creates no file", {200, kBody}, "O", 0, kNoFile, 1},
+        {"a destination that cannot be created",
+         {200, kBody},
+         "OF",
+         0,
+         kNoFile,
+         0,
+         false,
+         "none/__updxn__.tmp"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         xn_test::FaultServer one;
-        ASSERT_TRUE(one.Start([&](const std::string&) { return c.reply; }));
+        ASSERT_TRUE(one.Start([&](const std::string& path) {
+            return path == "/moved.txt" ? xn_test::Reply{200, kBody} : c.reply;
+        }));
+        if (c.refused)
+            one.Stop();
+        destination = temp.PathOf(c.destination);
         Events events;
+        events.answerToOpened = c.answerToOpened;
         ASSERT_TRUE(Download(one.Address() + "/update_plugins/versions16.txt", &events));
         EXPECT_EQ(c.shape, Shape(events.seen));
-        EXPECT_EQ(c.written.size(), Written().size());
-        EXPECT_TRUE(c.written == Written());
-        if (events.seen.find('P') != std::string::npos) {
-            EXPECT_EQ(0.5, events.lastProgress);
-        }
+        EXPECT_GE(std::count(events.seen.begin(), events.seen.end(), 'P'), c.blocks);
+        EXPECT_EQ(c.written != kNoFile, Exists());
+        EXPECT_EQ(c.written != kNoFile ? c.written.size() : 0, Written().size());
+        EXPECT_TRUE(c.written == kNoFile || c.written == Written());
+        EXPECT_EQ(events.seen.find('P') != std::string::npos ? 0.5 : 0.0, events.lastProgress);
+        std::filesystem::remove(destination);
     }
-}
-
-// Blocks are at most 16 KiB, each reported once: a 5 MiB body makes at least 320 progress events.
-TEST_F(URLDownloadTest, ReportsEveryBlockOfAtMostSixteenKiB) {
-    ASSERT_TRUE(server.Start([](const std::string&) {
-        return xn_test::Reply{200, std::string(5 << 20, 'b')};
-    }));
-    Events events;
-    ASSERT_TRUE(Download(server.Address() + "/big", &events));
-    EXPECT_GE(std::count(events.seen.begin(), events.seen.end(), 'P'), 320);
-    EXPECT_EQ(size_t(5 << 20), Written().size());
-}
-
-TEST_F(URLDownloadTest, ARefusedConnectionFailsWithoutOpening) {
-    ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{}; }));
-    const std::string address = server.Address();
-    server.Stop();
-    Events events;
-    ASSERT_TRUE(Download(address + "/update_plugins/versions16.txt", &events));
-    EXPECT_EQ("F", events.seen);
-    EXPECT_FALSE(Exists());
-}
-
-TEST_F(URLDownloadTest, CancelAtOpenCreatesNoFileAndReportsNothingMore) {
-    ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{200, kBody}; }));
-    Events events;
-    events.answerToOpened = 1;
-    ASSERT_TRUE(Download(server.Address() + "/v.txt", &events));
-    EXPECT_EQ("O", events.seen);
-    EXPECT_FALSE(Exists());
-}
-
-TEST_F(URLDownloadTest, FollowsARedirectionWithoutTellingTheCaller) {
-    ASSERT_TRUE(server.Start([](const std::string& path) {
-        return path == "/moved.txt" ? xn_test::Reply{200, kBody} : xn_test::Reply{302, "", "/moved.txt"};
-    }));
-    Events events;
-    ASSERT_TRUE(Download(server.Address() + "/update_plugins/versions16.txt", &events));
-    EXPECT_EQ("OPC", events.seen);
-    EXPECT_EQ(kBody, Written());
-    EXPECT_EQ((std::vector<std::string>{"/update_plugins/versions16.txt", "/moved.txt"}), server.Paths());
 }
 
 // Escapes are undone and made again uniformly in UTF-8; the request names the add-on and its version.
 TEST_F(URLDownloadTest, RequestsTheAddressUniformlyEscapedWithTheAddonsUserAgent) {
     ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{200, kBody}; }));
     Events events;
-    ASSERT_TRUE(
-        Download(server.Address() + "/update plugins/a%20b%2Fc\xC3\xA9%C3%A9.txt", &events));
-    EXPECT_EQ((std::vector<std::string>{"/update%20plugins/a%20b/c%C3%A9%C3%A9.txt"}),
-              server.Paths());
+    ASSERT_TRUE(Download(server.Address() + "/update plugins/a%20b%2Fc\xC3\xA9%C3%A9.txt", &events));
+    EXPECT_EQ((std::vector<std::string>{"/update%20plugins/a%20b/c%C3%A9%C3%A9.txt"}), server.Paths());
     EXPECT_EQ((std::vector<std::string>{"MoravelLibrary/19.0.4.2200"}), server.UserAgents());
 }
 
@@ -162,14 +148,6 @@ TEST_F(URLDownloadTest, StartsNothingForAnAddressItCannotFetch) {
         EXPECT_EQ("", events.seen);
     }
     EXPECT_FALSE(Exists());
-}
-
-TEST_F(URLDownloadTest, ADestinationThatCannotBeCreatedFailsAfterOpening) {
-    ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{200, kBody}; }));
-    destination = temp.PathOf("missing/folder/__updxn__.tmp");
-    Events events;
-    ASSERT_TRUE(Download(server.Address() + "/v.txt", &events));
-    EXPECT_EQ("OF", events.seen);
 }
 
 } // namespace
