@@ -103,6 +103,34 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
     }
 }
 
+// Items 5 and 7 open the updates page with the host release, the language and the add-on (item 7
+// adds the literal "Unknown" for the library); item 1 opens the vendor's site. Each closes the dialog.
+TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
+    const std::string page = "http://update.moravel.example/update_plugins/updates.htm?acver=19";
+    const struct {
+        const char* name;
+        std::string language;
+        int item;
+        std::string opened;
+    } cases[] = {
+        {"item 5 in Italian", "ita", 5, page + "&lang=0&addon=MoravelLibrary"},
+        {"item 7 in French", "fra", 7, page + "&lang=2&addon=MoravelLibrary&lib=Unknown"},
+        {"item 1", "int", 1, "http://www.moravel.example"},
+    };
+    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Settings("set", "Language_str " + c.language);
+        achost::Host host(options);
+        std::string error;
+        ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+        EXPECT_EQ("", xn_test::RunLines(host, {"menu " + std::to_string(host.RegisteredMenu()->resID) + " 4",
+                                               "wait download", "click " + std::to_string(c.item),
+                                               "expect dialog 32755 closed"}));
+        EXPECT_EQ(std::vector<std::string>{c.opened}, host.Opened());
+    }
+}
+
 TEST_F(UpdateTest, TheResultDialogSpeaksTheChosenLanguage) {
     Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
     Settings("set", "Language_str ita");
