@@ -103,8 +103,9 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
     }
 }
 
-// Items 5 and 7 open the updates page with the host release, the language and the add-on (item 7
-// adds the literal "Unknown" for the library); item 1 opens the vendor's site. Each closes the dialog.
+// The dialog speaks the chosen language. Items 5 and 7 open the updates page with the host release,
+// the language and the add-on (item 7 adds the literal "Unknown" for the library); item 1 opens the
+// vendor's site. Each closes the dialog.
 TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
     const std::string page = "http://update.moravel.example/update_plugins/updates.htm?acver=19";
     const struct {
@@ -112,10 +113,17 @@ TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
         std::string language;
         int item;
         std::string opened;
+        std::vector<std::string> texts;
     } cases[] = {
-        {"item 5 in Italian", "ita", 5, page + "&lang=0&addon=MoravelLibrary"},
-        {"item 7 in French", "fra", 7, page + "&lang=2&addon=MoravelLibrary&lib=Unknown"},
-        {"item 1", "int", 1, "http://www.moravel.example"},
+        {"item 5 in Italian",
+         "ita",
+         5,
+         page + "&lang=0&addon=MoravelLibrary",
+         {"expect item 1 \"Visita il sito web\"", "expect item 3 \"È disponibile una nuova versione.\"",
+          "expect item 4 \"È disponibile una nuova versione di MoravelLibrary.\"",
+          "expect item 5 \"Scarica l'aggiornamento\"", "expect item 7 \"Verifica la libreria\""}},
+        {"item 7 in French", "fra", 7, page + "&lang=2&addon=MoravelLibrary&lib=Unknown", {}},
+        {"item 1", "int", 1, "http://www.moravel.example", {}},
     };
     Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
     for (const auto& c : cases) {
@@ -124,21 +132,13 @@ TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
         achost::Host host(options);
         std::string error;
         ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
-        EXPECT_EQ("", xn_test::RunLines(host, {"menu " + std::to_string(host.RegisteredMenu()->resID) + " 4",
-                                               "wait download", "click " + std::to_string(c.item),
-                                               "expect dialog 32755 closed"}));
+        std::vector<std::string> lines = {"menu " + std::to_string(host.RegisteredMenu()->resID) + " 4",
+                                          "wait download"};
+        lines.insert(lines.end(), c.texts.begin(), c.texts.end());
+        lines.insert(lines.end(), {"click " + std::to_string(c.item), "expect dialog 32755 closed"});
+        EXPECT_EQ("", xn_test::RunLines(host, lines));
         EXPECT_EQ(std::vector<std::string>{c.opened}, host.Opened());
     }
-}
-
-TEST_F(UpdateTest, TheResultDialogSpeaksTheChosenLanguage) {
-    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
-    Settings("set", "Language_str ita");
-    EXPECT_EQ("",
-              Run({"menu 32500 4", "wait download", "expect item 1 \"Visita il sito web\"",
-                   "expect item 3 \"È disponibile una nuova versione.\"",
-                   "expect item 4 \"È disponibile una nuova versione di MoravelLibrary.\"",
-                   "expect item 5 \"Scarica l'aggiornamento\"", "expect item 7 \"Verifica la libreria\""}));
 }
 
 // Each failure of the transfer ends in the one alert; the dialog made for the check is closed.
@@ -190,17 +190,23 @@ TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
         long age; // seconds since the stored start; -1: none stored
         size_t requests;
         std::string stored; // AutoUpdate afterwards
+        std::string dialog; // an automatic check shows only a newer release
+        std::string served = kOwnLine;
     } cases[] = {
-        {"the first run only switches automatic checks on", "", -1, 0, "1\n"},
-        {"13 days after the last check", "1", 13 * day, 0, "1\n"},
-        {"14 days after the last check", "1", 14 * day, 1, "1\n"},
-        {"never checked before", "1", -1, 1, "1\n"},
-        {"switched off", "0", -1, 0, "0\n"},
-        {"any other value disables it", "2", -1, 0, "2\n"},
+        {"the first run only switches automatic checks on", "", -1, 0, "1\n", "closed"},
+        {"13 days after the last check", "1", 13 * day, 0, "1\n", "closed"},
+        {"14 days after the last check", "1", 14 * day, 1, "1\n", "hidden"},
+        {"never checked before, a newer release", "1", -1, 1, "1\n", "shown",
+         "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018"},
+        {"switched off", "0", -1, 0, "0\n", "closed"},
+        {"any other value disables it", "2", -1, 0, "2\n", "closed"},
     };
-    Serve({200, kOwnLine + "\n"});
+    std::string served;
+    ASSERT_TRUE(server.Start([&served](const std::string&) { return xn_test::Reply{200, served}; }));
+    setenv("http_proxy", server.Address().c_str(), 1);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        served = c.served + "\n";
         std::filesystem::remove(temp.PathOf("Shared/MoravelLibrary_190.cfg"));
         if (!c.autoUpdate.empty())
             Settings("set", "AutoUpdate " + c.autoUpdate);
@@ -208,9 +214,7 @@ TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
             Settings("set", "LastUpdateCheck_190 " + std::to_string(std::time(nullptr) - c.age));
         const size_t before = Requests();
         const time_t start = std::time(nullptr);
-        // Up to date after an automatic check: the dialog stays hidden.
-        EXPECT_EQ("", Run({"menu 2", "wait download",
-                           c.requests != 0 ? "expect dialog 32755 hidden" : "expect dialog 32755 closed"}));
+        EXPECT_EQ("", Run({"menu 2", "wait download", "expect dialog 32755 " + c.dialog}));
         EXPECT_EQ(c.requests, Requests() - before);
         EXPECT_EQ(c.stored, Settings("get", "AutoUpdate"));
         const long stamp = std::atol(Settings("get", "LastUpdateCheck_190").c_str());
@@ -218,13 +222,6 @@ TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
             EXPECT_GE(stamp, start);
         }
     }
-}
-
-TEST_F(UpdateTest, AnAutomaticCheckShowsOnlyANewerRelease) {
-    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
-    Settings("set", "AutoUpdate 1");
-    EXPECT_EQ("", Run({"menu 2", "wait download", "expect dialog 32755 shown",
-                       "expect item 4 \"A newer release of MoravelLibrary is available.\""}));
 }
 
 // Item 5 flips the marks of all seven language menus and the stored value; "2" leaves the marks alone.

@@ -54,14 +54,4 @@ TEST_F(UpdateServerTest, ServesTheFolderUnderUpdatePluginsAlsoToProxyRequests) {
     }
 }
 
-TEST_F(UpdateServerTest, StopsAndRefusesAMissingFolder) {
-    const std::string address = server.Address();
-    server.Stop();
-    EXPECT_EQ("", server.Address());
-    EXPECT_EQ(" 000", Fetch("", address + "/update_plugins/versions16.txt"));
-    std::string error;
-    EXPECT_FALSE(server.Start(temp.PathOf("none"), &error));
-    EXPECT_EQ("the update folder " + temp.PathOf("none") + " is not a folder", error);
-}
-
 } // namespace

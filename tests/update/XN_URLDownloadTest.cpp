@@ -128,18 +128,6 @@ TEST_F(URLDownloadTest, RequestsTheAddressUniformlyEscapedWithTheAddonsUserAgent
     EXPECT_EQ((std::vector<std::string>{"MoravelLibrary/19.0.4.2200"}), server.UserAgents());
 }
 
-TEST_F(URLDownloadTest, ReachesAnyHostThroughHttpProxy) {
-    ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{200, kBody}; }));
-    setenv("http_proxy", server.Address().c_str(), 1);
-    Events events;
-    const bool started = Download("http://update.moravel.example/update_plugins/versions16.txt", &events);
-    unsetenv("http_proxy");
-    ASSERT_TRUE(started);
-    EXPECT_EQ("OPC", events.seen);
-    EXPECT_EQ((std::vector<std::string>{"http://update.moravel.example/update_plugins/versions16.txt"}),
-              server.Paths());
-}
-
 TEST_F(URLDownloadTest, StartsNothingForAnAddressItCannotFetch) {
     for (const char* url : {"", "ftp://127.0.0.1/versions16.txt", "no address", "http://127.0.0.1/%FF%FE"}) {
         SCOPED_TRACE(url);
