@@ -3,6 +3,7 @@
 #include "ACAPinc.h"
 #include "CDlgAbout.hpp"
 #include "XN_AddonUpdate.hpp"
+#include "CDlgInfo.hpp"
 #include "XN_Language.hpp"
 #include "XN_Resource.hpp"
 #include "sett_Addon.hpp"
@@ -29,13 +30,17 @@ void RunCommand(Int32 item) {
         about.ShowDialog();
         break;
     }
+    case kMenuItem_Information: {
+        CDlgInfo info;
+        info.ShowDialog();
+        break;
+    }
     case kMenuItem_UpdateNow:
         XN_AddonUpdate_CheckForUpdate(3, true, XN_String(kAddon_VersionLine), XN_String(kAddon_LibraryName));
         break;
     case kMenuItem_AutoUpdate:
         XN_AddonUpdate_SwitchAutoUpdateValue(XN_MENU_BASE, kMenuItem_AutoUpdate);
         break;
-    case kMenuItem_Information:
     default:
         break;
     }

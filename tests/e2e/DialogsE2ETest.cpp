@@ -1,4 +1,5 @@
 // The About and Information dialogs of the real add-on in the real host.
+#include "IOBase.hpp"
 #include "achost/Faults.hpp"
 
 #include "HostTest.hpp"
@@ -62,6 +63,95 @@ TEST_F(DialogsTest, AGuideMissingBesideTheAddonGivesTheAlertAndAboutStaysOpen) {
     }
 }
 
+// Runs xn-settings VERB on the add-on's own settings file in the shared folder.
+void Settings(const xn_test::TempFolder& temp, const std::string& arguments) {
+    fs::create_directories(temp.PathOf("Shared"));
+    std::string output;
+    EXPECT_EQ(0,
+              xn_test::RunProgram(XN_SETTINGS_PROGRAM " set " + temp.PathOf("Shared/MoravelLibrary_190.cfg") +
+                                      " " + arguments + " 2>&1",
+                                  &output))
+        << output;
+}
+
+// The saved file: six lines in the language in force, UTF-8 without a byte-order mark, replacing
+// what the file held.
+TEST_F(DialogsTest, InformationIsSavedAsSixLinesInTheLanguageInForce) {
+    // Japanese is not offered by the shipped add-on: the same dialog in an add-on that sets it.
+    const struct {
+        const char* name;
+        const char* language;
+        std::string addon, file, content;
+    } cases[] = {
+        {"International", "int", MORAVEL_LIBRARY, "info.txt",
+         "MoravelLibrary\nVersion: 19.0.4.2200\nDate: 03/08/2018\nSystem: Linux\nArchiCAD 19\n\n"},
+        {"Italian, extension in mixed case", "ita", MORAVEL_LIBRARY, "info.TxT",
+         "MoravelLibrary\nVersione: 19.0.4.2200\nData: 03/08/2018\nSistema: Linux\nArchiCAD 19\n\n"},
+        {"Japanese", "5", ANY_LANGUAGE_ADDON, "情報.TXT",
+         "MoravelLibrary\nバージョン： 19.0.4.2200\n日付： 03/08/2018\nシステム： Linux\nArchiCAD 19\n\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Settings(temp, std::string("Language_str ") + c.language);
+        setenv("XN_LANGUAGE", c.language, 1);
+        const std::string path = temp.PathOf(c.file);
+        temp.Write(path, std::string(500, 'x'));
+        achost::Host host(options);
+        Start(host, c.addon);
+        achost::FileRequest asked;
+        EXPECT_EQ("", xn_test::RunLines(host,
+                                        {"menu 6", "click 16", "answer save \"" + path + "\"", "click 16",
+                                         "answer save \"" + path + "\"", "expect dialog 32501", "click 1"},
+                                        [&](const achost::Host& h) {
+                                            if (h.OpenFileDialog() != nullptr)
+                                                asked = *h.OpenFileDialog();
+                                        }));
+        EXPECT_EQ(c.content, temp.Read(path));
+        EXPECT_EQ(std::vector<std::string>{"Text Files (*.txt) [TXT]"}, asked.filters);
+        fs::remove(path);
+        unsetenv("XN_LANGUAGE");
+    }
+}
+
+// A file that cannot be written: the alert, the dialog stays open, and what was written stays.
+TEST_F(DialogsTest, AFileThatCannotBeWrittenGivesTheWriteAlert) {
+    const std::string alert = "expect alert \"The information could not be saved.\" \"The file could not be "
+                              "written. Make sure the folder is writable and the disk is not full.\" \"\"";
+    temp.Write(temp.PathOf("plain"), "a file, not a folder");
+    fs::create_directories(temp.PathOf("locked"));
+    fs::permissions(temp.PathOf("locked"), fs::perms::owner_read | fs::perms::owner_exec);
+    const struct {
+        const char* name;
+        std::string path;
+        int failingWrite; // the write that fails (0: none)
+        std::string left;
+    } cases[] = {
+        {"a file where the folder should be", temp.PathOf("plain/info.txt"), 0, ""},
+        {"a read-only folder", temp.PathOf("locked/info.txt"), 0, ""},
+        {"the third line fails", temp.PathOf("partial.txt"), 3, "MoravelLibrary\nVersion: 19.0.4.2200\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (c.path.find("locked") != std::string::npos && !xn_test::TempFolder::PermissionsAreEnforced())
+            continue;
+        achost::ScopedFaults faults;
+        achost::Host host(options);
+        Start(host);
+        bool armed = false;
+        EXPECT_EQ(
+            "", xn_test::RunLines(host,
+                                  {"menu 6", "click 16", "answer save \"" + c.path + "\"", alert, "ok",
+                                   "expect dialog 32501", "click 1"},
+                                  [&](const achost::Host& h) {
+                                      if (h.OpenFileDialog() != nullptr && c.failingWrite != 0 && !armed)
+                                          achost::FailFileOperation(achost::FileOperation::FileWrite,
+                                                                    GS::OChannel::WriteError, c.failingWrite);
+                                      armed = armed || h.OpenFileDialog() != nullptr;
+                                  }));
+        EXPECT_EQ(c.left, temp.Read(c.path));
+    }
+}
+
 // Each opening gets a dialog ID of its own; the add-on never uses one of a closed dialog (strict
 // options fail the test on such a call) and leaves no host memory behind.
 TEST_F(DialogsTest, OpeningAndClosingEachDialogAHundredTimes) {
@@ -69,14 +159,14 @@ TEST_F(DialogsTest, OpeningAndClosingEachDialogAHundredTimes) {
     Start(host);
     std::vector<std::string> lines;
     for (int i = 0; i < 100; ++i)
-        lines.insert(lines.end(), {"menu 1", "click 1"});
+        lines.insert(lines.end(), {"menu 1", "click 1", "menu 6", "click 2"});
     std::set<short> ids;
     const long handles = achost::LiveHandleCount();
     EXPECT_EQ("", xn_test::RunLines(host, lines, [&](const achost::Host& h) {
                   if (h.FrontDialog() != nullptr)
                       ids.insert(h.FrontDialog()->id);
               }));
-    EXPECT_EQ(100u, ids.size());
+    EXPECT_EQ(200u, ids.size());
     EXPECT_TRUE(host.Dialogs().empty());
     EXPECT_EQ(handles, achost::LiveHandleCount());
 }

@@ -136,6 +136,11 @@ bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message) {
     const Alert& alert = *s.alert;
     switch (action.verb) {
     case Verb::ExpectAlert:
+        if (action.texts.size() == 3)
+            return Expected(
+                "alert ",
+                Quoted(action.texts[0]) + " " + Quoted(action.texts[1]) + " " + Quoted(action.texts[2]),
+                Quoted(alert.title) + " " + Quoted(alert.largeText) + " " + Quoted(alert.smallText), message);
         return Expected("alert ", Quoted(action.texts[0]) + " " + Quoted(action.texts[1]),
                         Quoted(alert.largeText) + " " + Quoted(alert.smallText), message);
     case Verb::Ok:
