@@ -7,6 +7,7 @@
 #include "XN_Language.hpp"
 #include "XN_Resource.hpp"
 #include "sett_Addon.hpp"
+#include "sett_Server.hpp"
 
 namespace {
 
@@ -28,9 +29,9 @@ const char kTextFilesType[] = "Text Files (*.txt)";
 const char kTextExtension[] = "TXT";
 constexpr long kMacTypeTEXT = 'TEXT';
 
-// The operating-system family the add-on was built for, and the vendor's update page.
+// The operating-system family the add-on was built for, and the update page on the vendor's site.
 const char kSystemFamily[] = XN_BUILD_SYSTEM_FAMILY;
-const char kUpdatePage[] = XN_VENDOR_SITE_URL "/update/update.html";
+const char kUpdatePagePath[] = "/update/update.html";
 
 XN_String InfoString(long index) {
     return XN_Resource_GetString(static_cast<short>(XN_RES_INFO_TEXTS + gXN_Language), index, true);
@@ -105,7 +106,7 @@ short CDlgInfo::MsgClick(short item) {
     case DG_CANCEL:
         return item;
     case kItemUpdatePage:
-        XN_General::LaunchURLByPath(XN_String(kUpdatePage));
+        XN_General::LaunchURLByPath(XN_String(sett_VENDOR_SITE) + kUpdatePagePath);
         return 0;
     case kItemSave:
         Save();
