@@ -174,19 +174,23 @@ TEST_F(DialogsTest, OpeningAndClosingEachDialogAHundredTimes) {
 class TerminalTest : public xn_test::TempFolderTest {};
 
 // A person at the terminal: what the add-on opens is launched (here a recording xdg-open first on
-// PATH) and printed.
-TEST_F(TerminalTest, TheTerminalLaunchesAndPrintsWhatItOpens) {
+// PATH) and printed; a save dialog asks for a path.
+TEST_F(TerminalTest, TheTerminalLaunchesWhatItOpensAndAsksForThePathToSave) {
     fs::create_directories(temp.PathOf("bin"));
     temp.Write(temp.PathOf("bin/xdg-open"),
                "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + temp.PathOf("log") + "'\n");
     fs::permissions(temp.PathOf("bin/xdg-open"), fs::perms::owner_all);
     const std::string guide = fs::path(MORAVEL_LIBRARY).parent_path() / kGuide1;
     std::string output;
-    EXPECT_EQ(0, xn_test::RunProgram("printf '1\\n6\\n1\\n' | PATH='" + temp.PathOf("bin") + "':\"$PATH\" " +
+    // About: the first guide, OK; Information: Save, a typed path, OK.
+    EXPECT_EQ(0, xn_test::RunProgram("printf '1\\n6\\n1\\n6\\n16\\n" + temp.PathOf("info.txt") +
+                                         "\\n1\\n' | PATH='" + temp.PathOf("bin") + "':\"$PATH\" " +
                                          ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") + " 2>&1",
                                      &output));
     EXPECT_NE(std::string::npos, output.find("opened \"" + guide + "\"\n")) << output;
     EXPECT_EQ(guide + "\n", temp.Read(temp.PathOf("log")));
+    EXPECT_NE(std::string::npos, output.find("save dialog \"Save Information\"")) << output;
+    EXPECT_EQ(0u, temp.Read(temp.PathOf("info.txt")).find("MoravelLibrary\nVersion: 19.0.4.2200\n"));
 }
 
 } // namespace
