@@ -73,11 +73,17 @@ bool XN_AddonSettings_Load(XN_AddonSettings_Type type, bool onlyIfNotLoaded) {
         return false;
     if (XN_SettingsFile_Read(file, store.records, nullptr, nullptr) != XN_SettingsFile_OK)
         return false;
+    // A list the host gave no memory to is inert and holds nothing of the file.
+    if (store.records.data == nullptr)
+        return false;
     store.loaded = true;
     return true;
 }
 
 bool XN_AddonSettings_Save(XN_AddonSettings_Type type) {
+    // An inert list lost its records when the host refused it memory: written, it would empty the file.
+    if (StoreOf(type).records.data == nullptr)
+        return false;
     XN_Location file;
     if (XN_AddonSettings_GetLocation(type, file) != NoError)
         return false;

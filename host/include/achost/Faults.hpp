@@ -44,6 +44,30 @@ enum class FileOperation {
 // The `nth` call of `operation` from now (1 = the next one) fails with `code` and does nothing else.
 GS_HOST_EXPORT void FailFileOperation(FileOperation operation, GSErrCode code, int nth = 1);
 
+// Other host calls -------------------------------------------------------------------------------
+
+// The calls of the add-on interface a fault can target, with what a failing call does.
+enum class HostCall {
+    ModalDialog,            // DGModalDialog: opens nothing, answers 0
+    ModelessDialog,         // DGModelessInit: opens nothing, answers 0
+    Alert,                  // DGAlert: shows nothing, answers 0
+    ResourceString,         // ACAPI_Resource_GetLocUStr, GetLocStr, GetFixStr: copy nothing, answer false
+    RegisterMenu,           // ACAPI_Register_Menu: registers nothing, answers the code
+    RegisterBuiltInLibrary, // ACAPI_Register_BuiltInLibrary: registers nothing, answers the code
+    InstallMenuHandler,     // ACAPI_Install_MenuHandler: installs nothing, answers the code
+    MenuItemText,  // ACAPI_Interface on a menu item's text or flags: changes nothing, answers the code
+    OwnLocation,   // ACAPI_GetOwnLocation: answers the code, the location untouched
+    SpecialFolder, // IO::FileSystem::GetSpecialLocation: answers the code, the location untouched
+};
+
+// The `nth` call of `call` from now (1 = the next one) fails with `code` (where the call answers a
+// code) and does nothing else.
+GS_HOST_EXPORT void FailHostCall(HostCall call, GSErrCode code, int nth = 1);
+
+// True while a fault set with one of the calls above has not fired yet: the calls it counts were made
+// fewer times than its `nth`.
+GS_HOST_EXPORT bool FaultPending();
+
 // Forgets every pending fault and restores the default block movement.
 GS_HOST_EXPORT void ClearFaults();
 

@@ -1,5 +1,6 @@
 // The add-on interface functions: each finds the running host, checks that the call is allowed in
 // the add-on's current state, and serves it from the host's state.
+#include "BMInternal.hpp"
 #include "HostImpl.hpp"
 
 #include "Location.hpp"
@@ -90,6 +91,8 @@ bool CopyString(const char* call, short resID, short index, GSResModule module, 
     if (s == nullptr)
         return false;
     ++s->stringReads;
+    if (achost_internal::InjectedCallFault(achost::HostCall::ResourceString) != NoError)
+        return false;
     if (module != achost::kOwnResModule)
         return false;
     const auto found = s->resources.String(resID, index);
@@ -125,6 +128,8 @@ GSErrCode ACAPI_Register_Menu(short menuStrResID, short promptStrResID, APIMenuC
     Host::Impl* s = Allowed("ACAPI_Register_Menu", {Phase::RegisterInterface});
     if (s == nullptr)
         return APIERR_REFUSEDCMD;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::RegisterMenu))
+        return fault;
     if (menuPosCode < MenuCode_UserDef || menuPosCode > MenuCode_Interoperability)
         return APIERR_BADPARS;
     if (promptStrResID != 0 && !s->resources.Strings(promptStrResID))
@@ -142,6 +147,8 @@ GSErrCode ACAPI_Register_BuiltInLibrary() {
     Host::Impl* s = Allowed("ACAPI_Register_BuiltInLibrary", {Phase::RegisterInterface});
     if (s == nullptr)
         return APIERR_REFUSEDCMD;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::RegisterBuiltInLibrary))
+        return fault;
     s->builtInLibrary = true;
     return NoError;
 }
@@ -150,6 +157,8 @@ GSErrCode ACAPI_Install_MenuHandler(short menuStrResID, APIMenuCommandProc* hand
     Host::Impl* s = Allowed("ACAPI_Install_MenuHandler", {Phase::Initialize});
     if (s == nullptr)
         return APIERR_REFUSEDCMD;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::InstallMenuHandler))
+        return fault;
     if (handlerProc == nullptr)
         return APIERR_BADPARS;
     if (s->MenuFor(menuStrResID) == nullptr)
@@ -174,6 +183,8 @@ GSErrCode ACAPI_Interface(API_InterfaceID code, void* par1, void* par2, void* pa
     case APIIo_GetMenuItemTextID:
     case APIIo_SetMenuItemTextID:
     case APIIo_AddMenuItemTextID:
+        if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::MenuItemText))
+            return fault;
         return MenuItemCall(*s, code, static_cast<const API_MenuItemRef*>(par1), par2, par3);
     }
     return APIERR_NOTSUPPORTED;
@@ -207,6 +218,8 @@ GSErrCode ACAPI_GetOwnLocation(IO::Location* ownFileLoc) {
     Host::Impl* s = ForResources("ACAPI_GetOwnLocation");
     if (s == nullptr)
         return APIERR_NOTINIT;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::OwnLocation))
+        return fault;
     if (ownFileLoc == nullptr)
         return APIERR_BADPARS;
     if (s->ownPath.empty())

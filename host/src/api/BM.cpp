@@ -176,6 +176,11 @@ bool FaultFiresNow(int& counter) {
     return --counter == 0;
 }
 
+bool MemoryFaultPending() {
+    std::lock_guard<std::mutex> lock(sMutex);
+    return sAllocationFailIn > 0 || sReallocationFailIn > 0;
+}
+
 void ClearMemoryFaults() {
     std::lock_guard<std::mutex> lock(sMutex);
     sAllocationFailIn = 0;

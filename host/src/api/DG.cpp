@@ -1,5 +1,6 @@
 // The DG interface functions: each finds the running host, checks that the dialog, item and row it
 // names exist, and changes or reads the host's copy of the dialog.
+#include "BMInternal.hpp"
 #include "HostImpl.hpp"
 
 using achost::DialogItem;
@@ -79,12 +80,16 @@ short Create(const char* call, GSResModule module, short resId, DGDialCallBack c
 
 short DGModalDialog(GSResModule dialResModule, short resId, GSResModule /*dialIconResModule*/,
                     const DGDialCallBack dCallBack, DGUserData userData) {
+    if (achost_internal::InjectedCallFault(achost::HostCall::ModalDialog) != NoError)
+        return 0;
     const short id = Create("DGModalDialog", dialResModule, resId, dCallBack, userData, true);
     return id != 0 ? achost::HostAccess::Of(*Host::Current())->RunModal(id) : 0;
 }
 
 short DGModelessInit(GSResModule dialResModule, short resId, GSResModule /*dialIconResModule*/,
                      const DGDialCallBack dCallBack, DGUserData userData, short show) {
+    if (achost_internal::InjectedCallFault(achost::HostCall::ModelessDialog) != NoError)
+        return 0;
     const short id = Create("DGModelessInit", dialResModule, resId, dCallBack, userData, false);
     if (OpenDialog* dialog = id != 0 ? DialogOf("DGModelessInit", id) : nullptr)
         dialog->view.visible = show != 0;
@@ -120,7 +125,7 @@ short DGAlert(short alertType, const GS::UniString& title, const GS::UniString& 
               const GS::UniString& smallText, const GS::UniString& button1, const GS::UniString& button2,
               const GS::UniString& button3) {
     Host::Impl* s = achost::RunningHost("DGAlert", {Phase::Initialize, Phase::Idle, Phase::Command});
-    if (s == nullptr)
+    if (s == nullptr || achost_internal::InjectedCallFault(achost::HostCall::Alert) != NoError)
         return 0;
     achost::Alert shown;
     shown.type = alertType;

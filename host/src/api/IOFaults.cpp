@@ -1,4 +1,5 @@
-// Pending file-system faults, and ClearFaults for every kind of fault.
+// Pending faults of file-system and other host calls, and ClearFaults for every kind of fault.
+#include "APIdefs_ErrorCodes.h"
 #include "BMInternal.hpp"
 #include "IOInternal.hpp"
 
@@ -15,19 +16,29 @@ struct PendingFault {
 
 std::mutex sMutex;
 std::map<achost::FileOperation, PendingFault> sFaults;
+std::map<achost::HostCall, PendingFault> sCallFaults;
+
+template <typename Key>
+GSErrCode Fire(std::map<Key, PendingFault>& faults, Key key) {
+    std::lock_guard<std::mutex> lock(sMutex);
+    auto found = faults.find(key);
+    if (found == faults.end() || !achost_internal::FaultFiresNow(found->second.failIn))
+        return NoError;
+    const GSErrCode code = found->second.code;
+    faults.erase(found);
+    return code;
+}
 
 } // namespace
 
 namespace achost_internal {
 
 GSErrCode InjectedFileFault(achost::FileOperation operation) {
-    std::lock_guard<std::mutex> lock(sMutex);
-    auto found = sFaults.find(operation);
-    if (found == sFaults.end() || !FaultFiresNow(found->second.failIn))
-        return NoError;
-    const GSErrCode code = found->second.code;
-    sFaults.erase(found);
-    return code;
+    return Fire(sFaults, operation);
+}
+
+GSErrCode InjectedCallFault(achost::HostCall call) {
+    return Fire(sCallFaults, call);
 }
 
 } // namespace achost_internal
@@ -39,10 +50,23 @@ void FailFileOperation(FileOperation operation, GSErrCode code, int nth) {
     sFaults[operation] = PendingFault{std::max(nth, 0), code};
 }
 
+void FailHostCall(HostCall call, GSErrCode code, int nth) {
+    std::lock_guard<std::mutex> lock(sMutex);
+    sCallFaults[call] = PendingFault{std::max(nth, 0), code == NoError ? APIERR_GENERAL : code};
+}
+
+bool FaultPending() {
+    if (achost_internal::MemoryFaultPending())
+        return true;
+    std::lock_guard<std::mutex> lock(sMutex);
+    return !sFaults.empty() || !sCallFaults.empty();
+}
+
 void ClearFaults() {
     achost_internal::ClearMemoryFaults();
     std::lock_guard<std::mutex> lock(sMutex);
     sFaults.clear();
+    sCallFaults.clear();
 }
 
 } // namespace achost

@@ -1,4 +1,5 @@
 // IO::FileSystem: the well-known folders of this host, and the shared folder's setting.
+#include "BMInternal.hpp"
 #include "FileSystem.hpp"
 #include "IOInternal.hpp"
 #include "achost/SharedFolder.hpp"
@@ -105,6 +106,8 @@ FileSystem fileSystem;
 GSErrCode FileSystem::GetSpecialLocation(SpecLocId id, Location* result) const {
     if (result == nullptr)
         return ErrParam;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::SpecialFolder))
+        return fault;
     bool create = false;
     const std::string path = SpecialPath(id, &create);
     if (path.empty())

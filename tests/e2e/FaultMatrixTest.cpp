@@ -1,0 +1,216 @@
+// The real add-on in the real host with one host call made to fail at a time: whatever fails, the
+// add-on answers with its failure value or carries on with a neutral result, and never crashes, hangs,
+// leaks a handle or loses the settings file.
+#include "achost/Faults.hpp"
+
+#include "HostTest.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+namespace {
+
+using achost::FileOperation;
+using achost::HostCall;
+
+// The plain image of a settings file <-> its bytes on disk.
+std::string Exchanged(std::string bytes) {
+    for (char& b : bytes)
+        b = static_cast<char>(((static_cast<unsigned char>(b) >> 4) & 0x0F) |
+                              ((static_cast<unsigned char>(b) << 4) & 0xF0));
+    return bytes;
+}
+
+const std::string kGerman = "$Language_str: ger\n";
+const std::string kItalian = "$Language_str: ita\n";
+// Choose Italian in the language dialog and confirm.
+const std::vector<std::string> kChooseItalian = {"menu 3", "select 3 1", "click 1"};
+constexpr GSErrCode kAccessDenied = static_cast<GSErrCode>(0x81010102);
+constexpr int kAtStart = -1;
+
+class FaultMatrixTest : public xn_test::SharedFolderTest {
+protected:
+    struct Outcome {
+        std::string startError;   // what Start reported ("" when the add-on loaded)
+        short registeredMenu = 0; // the menu registered for the language read at start
+        std::string stored;       // the plain settings file afterwards
+        std::string session;      // the failure that ended the session, or ""
+        bool fired = false;       // the fault fired
+    };
+
+    // One host run over a settings file holding German: `arm` is called before Start (kAtStart) or
+    // before the action of index `armBefore`, then `lines` run. Checks what every run must hold: no
+    // wrong call of the add-on, no handle left or misused.
+    Outcome Run(const std::vector<std::string>& lines, int armBefore, const std::function<void()>& arm) {
+        achost::ScopedFaults faults;
+        std::filesystem::remove_all(temp.PathOf("Shared"));
+        std::filesystem::create_directories(temp.PathOf("Shared"));
+        temp.Write(SettingsPath(), Exchanged(kGerman));
+        const long handlesBefore = achost::LiveHandleCount();
+        const long misusesBefore = achost::HandleMisuseCount();
+        std::vector<std::string> violations;
+        Outcome outcome;
+        {
+            achost::Host host(xn_test::StrictOptions(&violations));
+            if (armBefore == kAtStart)
+                arm();
+            if (host.Start(MORAVEL_LIBRARY, &outcome.startError)) {
+                outcome.registeredMenu = host.RegisteredMenu() != nullptr ? host.RegisteredMenu()->resID : 0;
+                int waits = 0;
+                achost::DriverFrontEnd driver;
+                driver.onWait = [&](const achost::Host&) {
+                    if (waits++ == armBefore)
+                        arm();
+                };
+                for (const auto& line : lines)
+                    EXPECT_TRUE(driver.Add(line)) << line;
+                achost::RunSession(host, driver);
+                outcome.session = driver.Failure();
+            }
+            outcome.fired = !achost::FaultPending();
+        }
+        outcome.stored = Exchanged(temp.Read(SettingsPath()));
+        EXPECT_EQ(handlesBefore, achost::LiveHandleCount());
+        EXPECT_EQ(misusesBefore, achost::HandleMisuseCount());
+        EXPECT_EQ(std::vector<std::string>(), violations);
+        return outcome;
+    }
+
+    std::string SettingsPath() { return temp.PathOf("Shared/MoravelLibrary_190.cfg"); }
+};
+
+TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
+    const std::string addon = MORAVEL_LIBRARY;
+    const struct {
+        const char* name;
+        std::function<void()> arm;
+        int armBefore;
+        std::vector<std::string> lines;
+        std::string startError;
+        short registeredMenu;
+        std::string stored;
+    } cases[] = {
+        // Loading: registration and initialisation pass the host's refusal back.
+        {"menu registration refused",
+         [] { achost::FailHostCall(HostCall::RegisterMenu, APIERR_BADID); },
+         kAtStart,
+         {},
+         "RegisterInterface of " + addon + " failed with error 0x81060065",
+         0,
+         kGerman},
+        {"built-in library refused",
+         [] { achost::FailHostCall(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL); },
+         kAtStart,
+         {},
+         "RegisterInterface of " + addon + " failed with error 0x81060001",
+         0,
+         kGerman},
+        {"menu handler refused",
+         [] { achost::FailHostCall(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3); },
+         kAtStart,
+         {},
+         "Initialize of " + addon + " failed with error 0x81060388",
+         0,
+         kGerman},
+        // Loading: what cannot be read is taken as absent; the first command reads the settings again.
+        {"settings file unreadable at registration",
+         [] { achost::FailFileOperation(FileOperation::FileOpen, kAccessDenied); }, kAtStart, kChooseItalian,
+         "", 32501, kItalian},
+        // The shared store is read first, then the add-on's own.
+        {"settings folder unknown at registration",
+         [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied, 2); }, kAtStart, kChooseItalian,
+         "", 32501, kItalian},
+        {"menu texts refused at load", [] { achost::FailHostCall(HostCall::MenuItemText, APIERR_BADID, 4); },
+         kAtStart, kChooseItalian, "", 32503, kItalian},
+        {"resource string missing at load", [] { achost::FailHostCall(HostCall::ResourceString, 0, 2); },
+         kAtStart, kChooseItalian, "", 32503, kItalian},
+        // Commands: the language stays as it was unless a confirmed choice was saved whole.
+        {"settings read cut short at registration",
+         [] { achost::FailFileOperation(FileOperation::FileRead, kAccessDenied); }, kAtStart, kChooseItalian,
+         "", 32501, kItalian},
+        {"language dialog refused",
+         [] { achost::FailHostCall(HostCall::ModalDialog, APIERR_GENERAL); },
+         0,
+         {"menu 3"},
+         "",
+         32503,
+         kGerman},
+        {"dialog text missing", [] { achost::FailHostCall(HostCall::ResourceString, 0, 3); }, 0,
+         kChooseItalian, "", 32503, kItalian},
+        {"settings folder unknown at saving",
+         [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied); }, 2, kChooseItalian, "", 32503,
+         kGerman},
+        {"settings path refused at saving",
+         [] { achost::FailFileOperation(FileOperation::LocationToPath, kAccessDenied); }, 2, kChooseItalian,
+         "", 32503, kGerman},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Outcome outcome = Run(c.lines, c.armBefore, c.arm);
+        EXPECT_TRUE(outcome.fired);
+        EXPECT_EQ("", outcome.session);
+        EXPECT_EQ(c.startError, outcome.startError);
+        EXPECT_EQ(c.registeredMenu, outcome.registeredMenu);
+        EXPECT_EQ(c.stored, outcome.stored);
+    }
+}
+
+// Every host call the add-on makes that can fail is failed in turn, from its load through the
+// language command: the n-th call of each kind for every n the run reaches. The add-on loads or passes
+// the failure back, the command goes on or stops (a refused dialog leaves nothing to click), and the
+// settings file holds the old language or the new one, whole.
+TEST_F(FaultMatrixTest, EachCallOfTheLanguageCommandFailsInTurn) {
+    const auto file = [](FileOperation operation) {
+        return [operation](int nth) { achost::FailFileOperation(operation, kAccessDenied, nth); };
+    };
+    const auto call = [](HostCall which) {
+        return [which](int nth) { achost::FailHostCall(which, APIERR_GENERAL, nth); };
+    };
+    const struct {
+        const char* name;
+        std::function<void(int)> arm;
+    } kinds[] = {
+        {"BMAllocateHandle", [](int nth) { achost::FailAllocation(nth); }},
+        {"BMReallocHandle", [](int nth) { achost::FailReallocation(nth); }},
+        {"IO::File", file(FileOperation::FileStatus)},
+        {"IO::File::Open", file(FileOperation::FileOpen)},
+        {"IO::File::ReadBin", file(FileOperation::FileRead)},
+        {"IO::File::WriteBin", file(FileOperation::FileWrite)},
+        {"IO::File::GetDataLength", file(FileOperation::FileGetDataLength)},
+        {"IO::File::Close", file(FileOperation::FileClose)},
+        {"IO::Folder", file(FileOperation::FolderStatus)},
+        {"IO::Folder::CreateFile", file(FileOperation::FolderCreateFile)},
+        {"IO::Location::ToPath", file(FileOperation::LocationToPath)},
+        {"GetSpecialLocation", call(HostCall::SpecialFolder)},
+        {"DGModalDialog", call(HostCall::ModalDialog)},
+        {"DGAlert", call(HostCall::Alert)},
+        {"ACAPI_Resource_GetLocUStr", call(HostCall::ResourceString)},
+        {"ACAPI_Interface menu item", call(HostCall::MenuItemText)},
+        {"ACAPI_GetOwnLocation", call(HostCall::OwnLocation)},
+    };
+    int failedCalls = 0;
+    for (const auto& kind : kinds) {
+        for (int nth = 1;; ++nth) {
+            SCOPED_TRACE(std::string(kind.name) + " call " + std::to_string(nth));
+            const Outcome outcome = Run(kChooseItalian, kAtStart, [&] { kind.arm(nth); });
+            EXPECT_TRUE(outcome.startError.empty() ||
+                        outcome.startError.find(" failed with error ") != std::string::npos)
+                << outcome.startError;
+            EXPECT_TRUE(outcome.session.empty() ||
+                        outcome.session.find("needs an open dialog") != std::string::npos)
+                << outcome.session;
+            EXPECT_TRUE(outcome.stored == kGerman || outcome.stored == kItalian)
+                << "stored [" << outcome.stored << "] start [" << outcome.startError << "] session ["
+                << outcome.session << "] menu " << outcome.registeredMenu;
+            if (!outcome.fired || HasFailure())
+                break;
+            ++failedCalls;
+        }
+    }
+    // The command reaches the host through many calls; a sweep that failed none proves nothing.
+    EXPECT_GT(failedCalls, 20);
+}
+
+} // namespace
