@@ -115,9 +115,6 @@ TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
          0,
          kGerman},
         // Loading: what cannot be read is taken as absent; the first command reads the settings again.
-        {"settings file unreadable at registration",
-         [] { achost::FailFileOperation(FileOperation::FileOpen, kAccessDenied); }, kAtStart, kChooseItalian,
-         "", 32501, kItalian},
         // The shared store is read first, then the add-on's own.
         {"settings folder unknown at registration",
          [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied, 2); }, kAtStart, kChooseItalian,
@@ -127,9 +124,6 @@ TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
         {"resource string missing at load", [] { achost::FailHostCall(HostCall::ResourceString, 0, 2); },
          kAtStart, kChooseItalian, "", 32503, kItalian},
         // Commands: the language stays as it was unless a confirmed choice was saved whole.
-        {"settings read cut short at registration",
-         [] { achost::FailFileOperation(FileOperation::FileRead, kAccessDenied); }, kAtStart, kChooseItalian,
-         "", 32501, kItalian},
         {"language dialog refused",
          [] { achost::FailHostCall(HostCall::ModalDialog, APIERR_GENERAL); },
          0,
@@ -142,9 +136,6 @@ TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
         {"settings folder unknown at saving",
          [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied); }, 2, kChooseItalian, "", 32503,
          kGerman},
-        {"settings path refused at saving",
-         [] { achost::FailFileOperation(FileOperation::LocationToPath, kAccessDenied); }, 2, kChooseItalian,
-         "", 32503, kGerman},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
