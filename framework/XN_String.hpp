@@ -3,8 +3,10 @@
 // and sorts before it. Copies are deep. Lengths and indices are always in UTF-16 code units.
 //
 // Conversions to and from other encodings go through the platform converter (ICU). Every 8-bit
-// overload without an encoding argument reads and writes Encoding_SystemDefault: the codeset of the
-// current locale, the C/POSIX locale's ASCII taken as UTF-8.
+// overload without an encoding argument reads and writes Encoding_SystemDefault, the user's 8-bit
+// encoding, in which every byte is one character: the codeset of the current locale when that is a
+// single-byte encoding, windows-1252 otherwise (UTF-8, C and POSIX locales). windows-1252 reads all
+// 256 byte values and writes them back, so no byte string fails to read and bytes round-trip.
 //
 // Failures are values (false, negative codes, the null string, 0xFFFFFFFF for "not found"); only
 // memory exhaustion propagates, as the allocator's exception.
@@ -174,6 +176,13 @@ public:
     // Bytes before the terminating 0; `text` must not be null.
     static unsigned int Length(const char* text);
 
+    // The converter's name of the encoding Encoding_SystemDefault stands for now.
+    static const char* GetSystemDefaultEncodingName();
+    // Makes the default follow `codeset` (a name as nl_langinfo(CODESET) gives it) instead of the
+    // locale's, with the same rule; null goes back to the locale. Main thread only, like every
+    // conversion.
+    static void SetSystemCodeset(const char* codeset);
+
     // ---- Search (kNotFound when nothing matches) -------------------------------------------------
 
     unsigned int IndexOf(const XN_String& sub, unsigned int from = 0) const;
@@ -206,8 +215,9 @@ public:
     // In place: units `first` to `last` (1-based, inclusive; `last` clamped to the length) become
     // `repl`. False, no change, unless 1 <= first <= last and first <= length.
     // When the capacity cannot hold the result the buffer is replaced WITHOUT carrying the old text
-    // over: only the replacement and the moved tail are defined. Kept as it is: callers that need
-    // the rest of the text reserve capacity first (SetSize with keep).
+    // over: the result keeps its new length, but only the replacement holds text; every unit before
+    // and after it is 0. Kept as it is: callers that need the rest of the text reserve capacity
+    // first (SetSize with keep).
     bool Replace(unsigned int first, unsigned int last, const XN_String& repl);
 
     // ---- Splitting (empty pieces are appended as null strings) ----------------------------------

@@ -127,9 +127,43 @@ ConverterCache& Converters() {
     return converters;
 }
 
+// The codeset the default follows instead of the locale's, when one was set ("" for none).
+std::string sCodesetOverride;
+
+// Encoding_SystemDefault: the converter chosen for the codeset it was last resolved for, so that a
+// conversion costs one string comparison unless the locale changed.
+struct DefaultChoice {
+    std::string codeset;
+    std::string name;
+    UConverter* converter = nullptr;
+    bool resolved = false;
+};
+DefaultChoice sDefault;
+
+// A codeset the default may stand for: one byte per character in every text, as the 8-bit
+// default is, and more than ASCII, which could not read half of the byte values.
+bool IsEightBit(UConverter* converter) {
+    return converter != nullptr && ucnv_getMaxCharSize(converter) == 1 &&
+           ucnv_getType(converter) != UCNV_US_ASCII;
+}
+
+const DefaultChoice& SystemDefault() {
+    const char* codeset = sCodesetOverride.empty() ? nl_langinfo(CODESET) : sCodesetOverride.c_str();
+    if (codeset == nullptr)
+        codeset = "";
+    if (!sDefault.resolved || sDefault.codeset != codeset) {
+        UConverter* converter = *codeset != 0 ? Converters().Get(codeset) : nullptr;
+        const bool eightBit = IsEightBit(converter);
+        sDefault.codeset = codeset;
+        sDefault.name = eightBit ? codeset : "windows-1252";
+        sDefault.converter = eightBit ? converter : Converters().Get("windows-1252");
+        sDefault.resolved = true;
+    }
+    return sDefault;
+}
+
 // The converter of an 8-bit encoding, UTF-7 or UTF-8. Encoding_SystemDefault and every value we do
-// not know use the locale's codeset; the C/POSIX locale's ASCII counts as UTF-8 because file
-// names and texts on this platform are UTF-8 whatever the locale says.
+// not know use the system's 8-bit default.
 UConverter* ConverterFor(Encoding enc) {
     switch (enc) {
     case XN_String::Encoding_UTF7:
@@ -145,14 +179,8 @@ UConverter* ConverterFor(Encoding enc) {
     case XN_String::Encoding_ISOLatin1:
         return Converters().Get("ISO-8859-1");
     default:
-        break;
+        return SystemDefault().converter;
     }
-    const char* codeset = nl_langinfo(CODESET);
-    UConverter* converter = codeset != nullptr && *codeset != 0 ? Converters().Get(codeset) : nullptr;
-    UErrorCode err = U_ZERO_ERROR;
-    if (converter == nullptr || std::strcmp(ucnv_getName(converter, &err), "US-ASCII") == 0)
-        return Converters().Get("UTF-8");
-    return converter;
 }
 
 // ---- Reading the source -------------------------------------------------------------------------------
@@ -627,6 +655,14 @@ char XN_String::XN_CharToChar(unsigned short c, Encoding enc) {
     std::int64_t bytes = ConvertChangeEncoding(Encoding_UTF16, reinterpret_cast<const char*>(&c), 2, enc,
                                                &byte, 1, false, false);
     return bytes == 1 ? byte : '?';
+}
+
+const char* XN_String::GetSystemDefaultEncodingName() {
+    return SystemDefault().name.c_str();
+}
+
+void XN_String::SetSystemCodeset(const char* codeset) {
+    sCodesetOverride = codeset != nullptr ? codeset : "";
 }
 
 unsigned int XN_String::Length(const char* text) {

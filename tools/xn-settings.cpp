@@ -1,7 +1,8 @@
 // xn-settings: reads and writes the suite's scrambled settings and marker files, with the add-on's
 // own format code, so that what it writes the add-on reads.
 //
-// Texts are exchanged in UTF-8, the add-on's default 8-bit encoding on this platform.
+// Arguments and output are UTF-8; the files hold their texts in the system's 8-bit default
+// encoding, to and from which the tool converts.
 #include "XN_SettingsFile.hpp"
 
 #include <cstring>
@@ -123,15 +124,39 @@ bool IsStorableKey(const char* key) {
     return *key != '\0' && std::strpbrk(key, ":\n\r") == nullptr;
 }
 
+// The UTF-8 argument as text, when the file's 8-bit encoding holds every character of it; otherwise
+// says why not and gives the null string.
+XN_String StorableText(const char* what, const char* utf8) {
+    const XN_String text = FromUtf8(utf8);
+    if (text.IsNull()) {
+        Fail(std::string(what) + " is not valid UTF-8");
+        return text;
+    }
+    const long units = static_cast<long>(text.GetLength());
+    std::vector<char> bytes(static_cast<size_t>(units) + 1);
+    if (units > 0 && XN_String::ConvertChangeEncoding(XN_String::Encoding_UTF16,
+                                                      reinterpret_cast<const char*>(text.GetBuffer()),
+                                                      2 * units, XN_String::Encoding_SystemDefault,
+                                                      bytes.data(), units, false, false) != units) {
+        Fail(std::string("cannot store the ") + what + " \"" + utf8 + "\": the settings files hold " +
+             XN_String::GetSystemDefaultEncodingName() +
+             " text, which has no form of some of its characters");
+        return XN_String();
+    }
+    return text;
+}
+
 int Set(const XN_Location& file, char** arguments) {
     if (!IsStorableKey(arguments[0]))
         return Fail(std::string("cannot store the key \"") + arguments[0] +
                     "\": a key must not be empty nor hold \":\" or a line break");
+    const XN_String key = StorableText("key", arguments[0]);
+    const XN_String value = key.IsNull() ? XN_String() : StorableText("value", arguments[1]);
+    if (value.IsNull())
+        return 1;
     XN_List<XN_Setting> records;
     if (!ReadRecords(file, records, false))
         return 1;
-    const XN_String key = FromUtf8(arguments[0]);
-    const XN_String value = FromUtf8(arguments[1]);
     const long index = XN_SettingsFile_IndexOf(records, key);
     if (index >= 0)
         records[index].value = value;

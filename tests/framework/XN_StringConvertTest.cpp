@@ -1,5 +1,6 @@
 // XN_String conversions: every encoding both ways, lossy versus strict, measuring versus converting,
 // terminators, UTF-32 edge values, the system default encoding and every error code.
+#include "XN_List.hpp"
 #include "XN_StringTest.hpp"
 
 #include <gtest/gtest.h>
@@ -120,14 +121,49 @@ TEST(XN_StringConvert, UnpairedSurrogateIsLossyOrAnError) {
               -2);
 }
 
-TEST(XN_StringConvert, SystemDefaultIsTheLocaleCodesetWithAsciiReadAsUtf8) {
-    for (const char* locale : {"C", "C.UTF-8"}) {
-        SCOPED_TRACE(locale);
-        xn_test::ScopedLocale scoped(locale);
-        XN_String s("é€");
-        EXPECT_EQ(Show(s), "é€");
-        EXPECT_EQ(Bytes(s.ToCStr()), std::string("é€", 6));
+// Makes the default follow `codeset` for the scope of a test.
+class ScopedCodeset {
+public:
+    explicit ScopedCodeset(const char* codeset) { XN_String::SetSystemCodeset(codeset); }
+    ~ScopedCodeset() { XN_String::SetSystemCodeset(nullptr); }
+};
+
+TEST(XN_StringConvert, SystemDefaultIsAnEightBitEncodingInWhichEveryByteReads) {
+    const struct {
+        const char* codeset;
+        const char* encoding;
+        const char* currency; // byte A4 read in it
+    } cases[] = {
+        {"UTF-8", "windows-1252", "¤"},
+        {"ANSI_X3.4-1968", "windows-1252", "¤"}, // the C and POSIX locales
+        {"ISO-8859-15", "ISO-8859-15", "€"},
+        {"no-such-codeset", "windows-1252", "¤"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.codeset);
+        ScopedCodeset scoped(c.codeset);
+        EXPECT_STREQ(XN_String::GetSystemDefaultEncodingName(), c.encoding);
+        const XN_String cafe("caf\xE9");
+        EXPECT_EQ(Show(cafe), "café");
+        EXPECT_EQ(Show(XN_String("\xA4")), c.currency);
+        EXPECT_EQ(cafe.CharAt(3), '\xE9');
+        EXPECT_EQ(cafe.IndexOf('\xE9', 0), 3u);
+        EXPECT_EQ(Show(cafe.Replace('\xE9', 'e')), "cafe");
+        EXPECT_EQ(Show(cafe.Replace("\xE9", "\xE8")), "cafè");
+        XN_List<XN_String> pieces;
+        cafe.Split(pieces, '\xE9');
+        ASSERT_EQ(pieces.GetCount(), 2);
+        EXPECT_EQ(Show(pieces[0]), "caf");
+        XN_String decoded;
+        EXPECT_EQ(XN_String::TextToString(decoded, "caf\xE9", 4, true, E::Encoding_UTF8),
+                  E::Encoding_Unknown);
+        EXPECT_EQ(Show(decoded), "café");
     }
+    // In the default that stands in for UTF-8 and C locales every byte reads and writes back.
+    std::string all;
+    for (int b = 1; b < 256; ++b)
+        all += static_cast<char>(b);
+    EXPECT_EQ(Bytes(XN_String(all.c_str()).ToCStr()), all + '\0');
 }
 
 TEST(XN_StringConvert, FailedReadLeavesTheStringUnchanged) {

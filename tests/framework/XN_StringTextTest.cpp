@@ -108,6 +108,7 @@ TEST(XN_StringTransform, ReplaceRangeBeyondCapacityDropsTheRestOfTheText) {
     ASSERT_EQ(s.GetLength(), 9u);
     EXPECT_EQ(s.UCharAt(0), 0);
     EXPECT_EQ(Show(s.Substring(1, 4)), "1234");
+    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(s.GetBuffer()) + 5, 4), std::u16string(4, 0));
 }
 
 // The pieces a splitter gives, appended to a list that held a stale element.
@@ -298,7 +299,7 @@ TEST(XN_StringDetect, TextToStringChoices) {
         {"UTF-16 big-endian", decode(std::string("\0a\0b\0c", 6), true), {E::Encoding_UTF16BE, "abc"}},
         {"UTF-32", decode(std::string("a\0\0\0\xE9\0\0\0", 8), true), {E::Encoding_UTF32, "aé"}},
         {"UTF-32 big-endian", decode(std::string("\0\0\0a\0\0\0\xE9", 8), true), {E::Encoding_UTF32BE, "aé"}},
-        {"Latin-1 bytes", decode("caf\xE9!", true), {E::Encoding_Unknown, "<null>"}},
+        {"8-bit bytes", decode("caf\xE9!", true), {E::Encoding_Unknown, "café!"}},
         {"marked UTF-16BE", decode(std::string("\xFE\xFF\0h\0i", 6), true), {E::Encoding_UTF16BE, "hi"}},
         {"marked, unsupported form", decode("\x0E\xFE\xFFok", true), {E::Encoding_Unsupported, "ok"}},
         {"only a mark", decode("\xEF\xBB\xBF", false), {E::Encoding_UTF8, ""}},
