@@ -71,7 +71,12 @@ bool XN_AddonSettings_Load(XN_AddonSettings_Type type, bool onlyIfNotLoaded) {
     XN_Location file;
     if (XN_AddonSettings_GetLocation(type, file) != NoError)
         return false;
-    if (XN_SettingsFile_Read(file, store.records, nullptr, nullptr) != XN_SettingsFile_OK)
+    const XN_SettingsFile_Status status = XN_SettingsFile_Read(file, store.records);
+    // The store will be written back with only the records before the fault, for every add-on of
+    // the suite: keep the file as it was first.
+    if (status == XN_SettingsFile_Malformed)
+        XN_SettingsFile_KeepCopy(file);
+    if (status != XN_SettingsFile_OK)
         return false;
     // A list the host gave no memory to is inert and holds nothing of the file.
     if (store.records.data == nullptr)
@@ -126,6 +131,8 @@ double XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, boo
 }
 
 bool XN_AddonSettings_Set(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create) {
+    if (!XN_SettingsFile_IsStorableKey(key))
+        return false;
     Store& store = StoreOf(type);
     const long index = XN_SettingsFile_IndexOf(store.records, key);
     if (index >= 0)
@@ -145,8 +152,7 @@ bool XN_AddonSettings_SetDouble(XN_AddonSettings_Type type, XN_String key, doubl
 
 bool XN_AddonSettings_LoadSetSave(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create) {
     XN_AddonSettings_Load(type, true);
-    XN_AddonSettings_Set(type, key, value, create);
-    return XN_AddonSettings_Save(type);
+    return XN_AddonSettings_Set(type, key, value, create) && XN_AddonSettings_Save(type);
 }
 
 bool XN_AddonSettings_Remove(XN_AddonSettings_Type type, XN_String key) {

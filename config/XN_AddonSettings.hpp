@@ -46,11 +46,14 @@ GSErrCode XN_AddonSettings_GetLocation(XN_AddonSettings_Type type, XN_Location& 
 // Otherwise the store is emptied and filled from the file: a missing or empty file gives an empty
 // store and true. A malformed record, an unreadable file or one larger than XN_SETTINGS_IMAGE_MAX
 // gives false, keeping the records parsed before the fault, and the store is not marked loaded.
+// A file with a malformed record is first copied beside itself (XN_SettingsFile_KeepCopy): the
+// next save writes back only the records before the fault.
 bool XN_AddonSettings_Load(XN_AddonSettings_Type type, bool onlyIfNotLoaded);
 
-// Writes the whole store to its file, replacing it atomically (a crash never leaves a torn file).
-// False, with the file untouched, when the image would exceed XN_SETTINGS_IMAGE_MAX or any step of
-// the write fails.
+// Writes the whole store to its file, replacing it atomically (a crash never leaves a torn file) and
+// keeping its link, mode and owner (XN_SettingsFile_Write). False, with the file untouched, when the
+// image would exceed XN_SETTINGS_IMAGE_MAX, the file is read-only or not a regular file, or any step
+// of the write fails.
 bool XN_AddonSettings_Save(XN_AddonSettings_Type type);
 
 // Looks `key` up. With `load` and the store not loaded yet, loads it first (false if that fails).
@@ -67,14 +70,15 @@ bool XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, doubl
 double XN_AddonSettings_GetDouble(XN_AddonSettings_Type type, XN_String key, bool load);
 
 // Replaces the value of an existing key; appends a new record when absent and `create`. Returns true
-// in every case, also when nothing was stored: callers rely on that. Neither loads nor saves.
+// also when nothing was stored: callers rely on that. Only a key the file cannot carry (empty, or
+// with ":", a line break or a 0 unit) is refused: false, nothing changes. Neither loads nor saves.
 bool XN_AddonSettings_Set(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create);
-// Set with the decimal text of `value`. Returns true.
+// Set with the decimal text of `value`.
 bool XN_AddonSettings_SetLong(XN_AddonSettings_Type type, XN_String key, long value, bool create);
-// Set with XN_String::DoubleToString(value, 0, 0). Returns true.
+// Set with XN_String::DoubleToString(value, 0, 0).
 bool XN_AddonSettings_SetDouble(XN_AddonSettings_Type type, XN_String key, double value, bool create);
 // Load (only if not loaded), Set, Save: the one call that persists a change at once. Returns what
-// Save returns.
+// Save returns; false without saving when Set refuses the key.
 bool XN_AddonSettings_LoadSetSave(XN_AddonSettings_Type type, XN_String key, XN_String value, bool create);
 
 // Deletes the first record with `key` from memory; false when there is none. Does not save.

@@ -94,8 +94,8 @@ bool XN_Comm::AddOnFileRead() {
     if (!AddOnFileLocation(RunningRelease(), marker))
         return false;
     XN_List<XN_Setting> records;
-    return XN_SettingsFile_Read(marker, records, nullptr, nullptr) == XN_SettingsFile_OK &&
-           records.GetCount() == 1 && records[0].value == XN_String(kLoadedTrue);
+    return XN_SettingsFile_Read(marker, records) == XN_SettingsFile_OK && records.GetCount() == 1 &&
+           records[0].value == XN_String(kLoadedTrue);
 }
 
 void XN_Comm::AddOnsFileDelete() {

@@ -5,13 +5,19 @@
 // encoding, to and from which the tool converts.
 #include "XN_SettingsFile.hpp"
 
+#include <cerrno>
+#include <climits>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -60,40 +66,35 @@ int Fail(const std::string& message) {
 // Reads the file's records. Prints the reason and returns false when the file does not parse, or
 // when it is missing and `mustExist`.
 bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mustExist) {
-    bool exists = false;
-    unsigned long badOffset = 0;
-    switch (XN_SettingsFile_Read(file, records, &exists, &badOffset)) {
-    case XN_SettingsFile_OK:
-        if (!exists && mustExist) {
-            Fail(ToUtf8(file) + ": no such file");
-            return false;
-        }
-        return true;
-    case XN_SettingsFile_ReadError:
-        Fail(ToUtf8(file) + ": cannot read the file");
-        return false;
-    case XN_SettingsFile_TooLarge:
-        Fail(ToUtf8(file) + ": larger than " + std::to_string(XN_SETTINGS_IMAGE_MAX) +
-             " bytes, which no add-on of the suite can read");
-        return false;
-    case XN_SettingsFile_Malformed:
-        Fail(ToUtf8(file) + ": record " + std::to_string(records.GetCount() + 1) +
-             " is malformed (byte offset " + std::to_string(badOffset) + ")");
-        return false;
-    }
-    return false;
+    XN_SettingsFile_Report report;
+    const XN_SettingsFile_Status status = XN_SettingsFile_Read(file, records, &report);
+    if (status == XN_SettingsFile_OK && !report.exists && mustExist)
+        Fail(ToUtf8(file) + ": no such file");
+    else if (status == XN_SettingsFile_ReadError)
+        Fail(ToUtf8(file) + ": cannot read the file: " + report.reason);
+    else if (status != XN_SettingsFile_OK)
+        Fail(ToUtf8(file) + ": " + report.reason);
+    if (status == XN_SettingsFile_Malformed)
+        Fail("an add-on that loads this file first keeps a copy of it as " +
+             ToUtf8(XN_SettingsFile_CopyName(file)) + ", then writes back only the records before the fault");
+    return status == XN_SettingsFile_OK && (report.exists || !mustExist);
 }
 
 bool WriteRecords(const XN_Location& file, const XN_List<XN_Setting>& records) {
-    if (XN_SettingsFile_Write(file, records))
+    std::string why;
+    if (XN_SettingsFile_Write(file, records, &why))
         return true;
-    Fail(ToUtf8(file) + ": cannot write the file (nothing was changed)");
+    Fail(ToUtf8(file) + ": cannot write the file (nothing was changed): " + why);
     return false;
 }
 
 int Dump(const XN_Location& file, char**) {
     XN_List<XN_Setting> records;
     const bool ok = ReadRecords(file, records, true);
+    const XN_String copy = XN_SettingsFile_CopyName(file);
+    struct stat info;
+    if (stat(ToUtf8(copy).c_str(), &info) == 0)
+        Fail("note: " + ToUtf8(copy) + " holds a copy of this file from when it last did not parse");
     for (long i = 0; i < records.GetCount(); ++i)
         std::cout << ToUtf8(records[i].key) << ": " << Escaped(records[i].value) << "\n";
     return ok ? 0 : 1;
@@ -119,11 +120,6 @@ int Get(const XN_Location& file, char** arguments) {
     return 0;
 }
 
-// A key the format can carry: not empty, no ":" (the reader cuts the key there) and no line break.
-bool IsStorableKey(const char* key) {
-    return *key != '\0' && std::strpbrk(key, ":\n\r") == nullptr;
-}
-
 // The UTF-8 argument as text, when the file's 8-bit encoding holds every character of it; otherwise
 // says why not and gives the null string.
 XN_String StorableText(const char* what, const char* utf8) {
@@ -147,10 +143,10 @@ XN_String StorableText(const char* what, const char* utf8) {
 }
 
 int Set(const XN_Location& file, char** arguments) {
-    if (!IsStorableKey(arguments[0]))
+    const XN_String key = StorableText("key", arguments[0]);
+    if (!key.IsNull() && !XN_SettingsFile_IsStorableKey(key))
         return Fail(std::string("cannot store the key \"") + arguments[0] +
                     "\": a key must not be empty nor hold \":\" or a line break");
-    const XN_String key = StorableText("key", arguments[0]);
     const XN_String value = key.IsNull() ? XN_String() : StorableText("value", arguments[1]);
     if (value.IsNull())
         return 1;
@@ -207,15 +203,32 @@ std::vector<std::string> Words(const char* text) {
                                     std::istream_iterator<std::string>());
 }
 
+// The location of `path`, made absolute; an empty location, reported, when it cannot be.
 XN_Location AbsoluteLocation(const char* path) {
     XN_Location location;
-    location.Set(FromUtf8(std::filesystem::absolute(path).lexically_normal().string().c_str()));
+    if (*path == '\0') {
+        Fail("the file name is empty");
+        return location;
+    }
+    std::filesystem::path absolute(path);
+    if (absolute.is_relative()) {
+        std::vector<char> folder(PATH_MAX + 1);
+        if (getcwd(folder.data(), folder.size()) == nullptr) {
+            Fail(std::string("cannot tell where \"") + path +
+                 "\" is: the working folder: " + std::strerror(errno));
+            return location;
+        }
+        absolute = std::filesystem::path(folder.data()) / absolute;
+    }
+    const XN_String text = FromUtf8(absolute.lexically_normal().string().c_str());
+    if (text.IsNull())
+        Fail(std::string("the path \"") + path + "\" is not valid UTF-8");
+    else
+        location.Set(text);
     return location;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     if (argc < 2)
         return std::cerr << kUsage, 2;
     if (IsHelp(argv[1]))
@@ -237,5 +250,21 @@ int main(int argc, char** argv) {
                          << "\n"
                          << usage,
                2;
-    return command->run(AbsoluteLocation(argv[2]), argv + 3);
+    const XN_Location file = AbsoluteLocation(argv[2]);
+    if (file.IsNull())
+        return 2;
+    return command->run(file, argv + 3);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& e) {
+        std::cerr << "xn-settings: " << e.what() << "\n";
+    } catch (...) {
+        std::cerr << "xn-settings: an unexpected failure\n";
+    }
+    return 2;
 }

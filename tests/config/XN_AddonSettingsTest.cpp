@@ -1,10 +1,16 @@
 // The settings store on real files: its operations, what Save writes, what Load keeps, the guards.
 #include "SettingsTestSupport.hpp"
 
-#include "achost/Faults.hpp"
-
+#include <csignal>
 #include <filesystem>
+#include <functional>
+#include <set>
 #include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace xn_test {
 namespace {
@@ -41,6 +47,15 @@ TEST_F(AddonSettingsTest, KeysAreExactTheFirstRecordWinsAndSetReportsTrue) {
     ASSERT_TRUE(XN_AddonSettings_Remove(kOwn, "Key"));
     EXPECT_EQ("3", Value(kOwn, "Key"));
     EXPECT_FALSE(XN_AddonSettings_Remove(kOwn, "absent"));
+    // The writer never writes a key the reader refuses: the call is refused instead.
+    for (const char* key : {"", "a:b", "a\nb", "a\rb"}) {
+        SCOPED_TRACE(key);
+        EXPECT_FALSE(XN_AddonSettings_Set(kOwn, key, "x", true));
+        EXPECT_FALSE(XN_AddonSettings_LoadSetSave(kOwn, key, "x", true));
+    }
+    EXPECT_FALSE(XN_AddonSettings_Set(kOwn, XN_String(), "x", true));
+    EXPECT_EQ(2, XN_AddonSettings_GetCount(kOwn));
+    EXPECT_EQ("$Key: 1\n$key: 2\n$Key: 3\n", ReadPlain(OwnPath()));
 }
 
 TEST_F(AddonSettingsTest, NumbersAreStoredAsTheirText) {
@@ -155,17 +170,154 @@ TEST_F(AddonSettingsTest, OneByteOverTheLimitIsRefusedOnBothSides) {
     EXPECT_EQ((Records{{"first", "1"}}), SharedRecords());
 }
 
-TEST_F(AddonSettingsTest, AFailedWriteLeavesTheOldFileByteForByte) {
+// Names in a folder, to prove that a save left nothing behind.
+std::set<std::string> Names(const std::string& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+TEST_F(AddonSettingsTest, SaveKeepsTheFileAsItWasOnlyNewer) {
+    namespace fs = std::filesystem;
+    fs::create_directory(temp.PathOf("real"));
+    const std::string target = temp.PathOf("real/shared.cfg");
+    WritePlain(target, "$old: 1\n");
+    fs::create_symlink("real/shared.cfg", SharedPath());
+    ASSERT_EQ(0, chmod(target.c_str(), 0640));
+    const bool root = geteuid() == 0; // only root can give the file another owner
+    if (root) {
+        ASSERT_EQ(0, chown(target.c_str(), 4242, 4243));
+    }
+    XN_AddonSettings_Set(kShared, "k", "v", true);
+    ASSERT_TRUE(XN_AddonSettings_Save(kShared));
+    EXPECT_TRUE(fs::is_symlink(SharedPath()));
+    EXPECT_EQ("$k: v\n", ReadPlain(target));
+    struct stat info;
+    ASSERT_EQ(0, stat(target.c_str(), &info));
+    EXPECT_EQ(0640u, info.st_mode & 07777);
+    if (root) {
+        EXPECT_EQ(std::make_pair(4242u, 4243u), std::make_pair(info.st_uid, info.st_gid));
+    }
+    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "real"}), Names(temp.Path()));
+    EXPECT_EQ(std::set<std::string>{"shared.cfg"}, Names(temp.PathOf("real")));
+}
+
+// Saving never blocks on or replaces what is not a regular file, nor a file made read-only; reading
+// such a thing fails at once instead of blocking (a FIFO) or reading endless bytes (a device).
+TEST_F(AddonSettingsTest, SaveRefusesWhatItMustNotReplace) {
+    const XN_Location file(XN_String(SharedPath().c_str()));
+    XN_List<XN_Setting> records;
+    records.AddData(XN_Setting("k", "v"), -1);
+    const struct {
+        const char* name;
+        std::function<void()> make;
+        const char* why;
+        XN_SettingsFile_Status read;
+    } cases[] = {
+        {"read-only file",
+         [&] {
+             WritePlain(SharedPath(), "$old: 1\n");
+             chmod(SharedPath().c_str(), 0444);
+         },
+         "the file is read-only", XN_SettingsFile_OK},
+        {"FIFO", [&] { mkfifo(SharedPath().c_str(), 0666); }, "not a regular file (a FIFO)",
+         XN_SettingsFile_ReadError},
+        {"link to a device", [&] { std::filesystem::create_symlink("/dev/urandom", SharedPath()); },
+         "not a regular file (a device)", XN_SettingsFile_ReadError},
+        {"folder", [&] { std::filesystem::create_directory(SharedPath()); }, "not a regular file (a folder)",
+         XN_SettingsFile_ReadError},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        c.make();
+        struct stat before, after;
+        ASSERT_EQ(0, lstat(SharedPath().c_str(), &before));
+        std::string why;
+        EXPECT_FALSE(XN_SettingsFile_Write(file, records, &why));
+        EXPECT_EQ(c.why, why);
+        ASSERT_EQ(0, lstat(SharedPath().c_str(), &after));
+        EXPECT_EQ(std::make_pair(before.st_ino, before.st_mode), std::make_pair(after.st_ino, after.st_mode));
+        XN_List<XN_Setting> read;
+        EXPECT_EQ(c.read, XN_SettingsFile_Read(file, read));
+        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+        std::filesystem::remove(SharedPath());
+    }
+}
+
+TEST_F(AddonSettingsTest, AFailedWriteLeavesTheOldFileAndNothingElse) {
     const std::string old = Exchanged("$AutoUpdate: 1\n$Language_str: ita\n");
     TempFolder::Write(SharedPath(), old);
-    XN_AddonSettings_Set(kShared, "AutoUpdate", "0", true);
-    achost::ScopedFaults faults;
-    achost::FailFileOperation(achost::FileOperation::FileWrite,
-                              static_cast<GSErrCode>(0x81000200u)); // disk full
-    EXPECT_FALSE(XN_AddonSettings_Save(kShared));
+    XN_AddonSettings_Set(kShared, "AutoUpdate", std::string(100, '0').c_str(), true);
+    // A real failure of write(2): the file size limit, with its signal ignored.
+    void (*previous)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &limit));
+    const rlimit small{16, limit.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
+    const bool saved = XN_AddonSettings_Save(kShared);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, previous);
+    EXPECT_FALSE(saved);
     EXPECT_EQ(old, TempFolder::Read(SharedPath()));
-    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(temp.Path()), {}))
-        << "temporary file left";
+    EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+}
+
+// Runs the save as a user without privileges when this process is root (who may write anywhere);
+// true when it succeeded.
+bool SaveAsUser(XN_AddonSettings_Type type) {
+    if (geteuid() != 0)
+        return XN_AddonSettings_Save(type);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(setgid(65534) == 0 && setuid(65534) == 0 && XN_AddonSettings_Save(type) ? 0 : 1);
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_F(AddonSettingsTest, WritesInPlaceWhenANewFileCouldNotTakeTheOldOnesPlace) {
+    const struct {
+        const char* name;
+        mode_t folderMode;
+        bool needsRoot; // the file must belong to someone else than the saver
+    } cases[] = {
+        {"the folder takes no new file", 0555, false},
+        {"a new file could not get the old one's owner", 0777, true},
+    };
+    chmod(std::filesystem::path(temp.Path()).parent_path().c_str(), 0755);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (c.needsRoot && geteuid() != 0)
+            continue;
+        WritePlain(SharedPath(), "$old: 1 and a longer value than the new one\n");
+        chmod(SharedPath().c_str(), 0666);
+        struct stat before, after;
+        ASSERT_EQ(0, stat(SharedPath().c_str(), &before));
+        chmod(temp.Path().c_str(), c.folderMode);
+        XN_AddonSettings_Clear(kShared);
+        XN_AddonSettings_Set(kShared, "k", "new", true);
+        EXPECT_TRUE(SaveAsUser(kShared));
+        chmod(temp.Path().c_str(), 0755);
+        EXPECT_EQ("$k: new\n", ReadPlain(SharedPath()));
+        ASSERT_EQ(0, stat(SharedPath().c_str(), &after));
+        EXPECT_EQ(std::make_pair(before.st_ino, before.st_uid), std::make_pair(after.st_ino, after.st_uid));
+        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+    }
+}
+
+// Kept: a file with a malformed record is written back with only the records before it. A copy of
+// it as it was is kept first, replaced by the next such file.
+TEST_F(AddonSettingsTest, AMalformedFileIsKeptAsOneCopyBeforeItIsRewritten) {
+    const std::string copy = SharedPath() + ".unreadable";
+    WritePlain(SharedPath(), "$a: 1\n$b: 2\nbad\n");
+    EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
+    EXPECT_TRUE(XN_AddonSettings_LoadSetSave(kShared, "d", "4", true));
+    EXPECT_EQ("$a: 1\n$d: 4\n", ReadPlain(SharedPath()));
+    EXPECT_EQ("$a: 1\n$b: 2\nbad\n", ReadPlain(copy));
+    WritePlain(SharedPath(), "x");
+    EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
+    EXPECT_EQ("x", ReadPlain(copy));
+    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "Quillane.cfg.unreadable"}), Names(temp.Path()));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // xn-settings run as a program: its answers, its exit codes, and files the add-on's code reads.
 #include "SettingsTestSupport.hpp"
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace xn_test {
@@ -49,7 +50,12 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
         {"dump", "$a: x\n#y\r#\\\n$b: \n", {"dump", "FILE"}, 0, "a: x\\ny\\r\\\\\nb: \n", ""},
         {"bad record", "$a: 1\n$b\n", {"dump", "FILE"}, 1, "a: 1\n", "record 2 is malformed (byte offset 6)"},
         {"missing file", nullptr, {"dump", "FILE"}, 1, "", "s.cfg: no such file\n"},
-        {"a folder", nullptr, {"get", temp.Path(), "a"}, 1, "", "work: cannot read the file\n"},
+        {"a folder",
+         nullptr,
+         {"get", temp.Path(), "a"},
+         1,
+         "",
+         "work: cannot read the file: not a regular file (a folder)\n"},
         {"too large", big.c_str(), {"dump", "FILE"}, 1, "", "larger than 100000 bytes"},
         {"get", "$a: x\n#y\n", {"get", "FILE", "a"}, 0, "x\ny\n", ""},
         {"get absent key", "$a: 1\n", {"get", "FILE", "A"}, 1, "", "s.cfg: no key \"A\"\n"},
@@ -85,6 +91,54 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
         EXPECT_EQ(after != nullptr ? after : "(no file)",
                   std::filesystem::exists(File()) ? ReadPlain(File()) : "(no file)");
     }
+}
+
+// Paths that are not a settings file get a reason, never a hang, an endless read or an exception.
+TEST_F(SettingsToolTest, SaysWhyAPathCannotBeUsed) {
+    mkfifo(temp.PathOf("fifo").c_str(), 0666);
+    WritePlain(File(), "$a: 1\n");
+    chmod(File().c_str(), 0444);
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* errPart;
+    } cases[] = {
+        {"FIFO", {"dump", temp.PathOf("fifo")}, 1, "cannot read the file: not a regular file (a FIFO)"},
+        {"device", {"get", "/dev/urandom", "a"}, 1, "cannot read the file: not a regular file (a device)"},
+        {"read-only",
+         {"set", "FILE", "a", "2"},
+         1,
+         "cannot write the file (nothing was changed): the file is read-only"},
+        {"no folder", {"set", temp.PathOf("none/s.cfg"), "a", "2"}, 1, "No such file or directory"},
+        {"empty name", {"dump", ""}, 2, "xn-settings: the file name is empty\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Outcome outcome = Run(c.arguments);
+        EXPECT_EQ(c.exitCode, outcome.exitCode);
+        EXPECT_NE(std::string::npos, outcome.err.find(c.errPart)) << outcome.err;
+    }
+    const std::string gone = temp.PathOf("gone");
+    const std::string command = "mkdir " + Quoted(gone) + " && cd " + Quoted(gone) + " && rmdir " +
+                                Quoted(gone) + " && " + XN_SETTINGS_TOOL + " dump s.cfg 2>" +
+                                Quoted(temp.PathOf("err.txt"));
+    EXPECT_EQ(2, WEXITSTATUS(std::system(command.c_str())));
+    EXPECT_NE(std::string::npos,
+              TempFolder::Read(temp.PathOf("err.txt")).find("the working folder: No such file"));
+    std::remove(temp.PathOf("err.txt").c_str());
+}
+
+// A malformed file: dump tells that the add-ons keep a copy before rewriting it, and where it is.
+TEST_F(SettingsToolTest, DumpTellsOfTheCopyOfAnUnreadableFile) {
+    WritePlain(File(), "$a: 1\nbad\n");
+    EXPECT_NE(std::string::npos,
+              Run({"dump", "FILE"}).err.find("keeps a copy of it as " + File() + ".unreadable"));
+    WritePlain(File() + ".unreadable", "$a: 1\nbad\n");
+    WritePlain(File(), "$a: 1\n");
+    const Outcome outcome = Run({"dump", "FILE"});
+    EXPECT_EQ(0, outcome.exitCode);
+    EXPECT_NE(std::string::npos, outcome.err.find(File() + ".unreadable holds a copy")) << outcome.err;
 }
 
 TEST_F(SettingsToolTest, EveryCommandHasHelp) {
@@ -123,8 +177,7 @@ TEST_F(SettingsToolTest, ConcurrentWritersNeverLeaveAnUnreadableFile) {
     for (bool finished = false; !finished; ++reads) {
         finished = std::filesystem::exists(done);
         XN_List<XN_Setting> records;
-        ASSERT_EQ(XN_SettingsFile_OK,
-                  XN_SettingsFile_Read(XN_Location(XN_String(File().c_str())), records, nullptr, nullptr))
+        ASSERT_EQ(XN_SettingsFile_OK, XN_SettingsFile_Read(XN_Location(XN_String(File().c_str())), records))
             << "after " << reads << " reads";
     }
     std::remove(done.c_str());
