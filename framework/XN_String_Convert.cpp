@@ -127,18 +127,21 @@ ConverterCache& Converters() {
     return converters;
 }
 
-// The codeset the default follows instead of the locale's, when one was set ("" for none).
-std::string sCodesetOverride;
-
 // Encoding_SystemDefault: the converter chosen for the codeset it was last resolved for, so that a
 // conversion costs one string comparison unless the locale changed.
 struct DefaultChoice {
+    std::string override; // the codeset followed instead of the locale's ("" for none)
     std::string codeset;
     std::string name;
     UConverter* converter = nullptr;
     bool resolved = false;
 };
-DefaultChoice sDefault;
+
+// Made on first use, like the converters.
+DefaultChoice& Default() {
+    static DefaultChoice choice;
+    return choice;
+}
 
 // A codeset the default may stand for: one byte per character in every text, as the 8-bit
 // default is, and more than ASCII, which could not read half of the byte values.
@@ -148,18 +151,19 @@ bool IsEightBit(UConverter* converter) {
 }
 
 const DefaultChoice& SystemDefault() {
-    const char* codeset = sCodesetOverride.empty() ? nl_langinfo(CODESET) : sCodesetOverride.c_str();
+    DefaultChoice& choice = Default();
+    const char* codeset = choice.override.empty() ? nl_langinfo(CODESET) : choice.override.c_str();
     if (codeset == nullptr)
         codeset = "";
-    if (!sDefault.resolved || sDefault.codeset != codeset) {
+    if (!choice.resolved || choice.codeset != codeset) {
         UConverter* converter = *codeset != 0 ? Converters().Get(codeset) : nullptr;
         const bool eightBit = IsEightBit(converter);
-        sDefault.codeset = codeset;
-        sDefault.name = eightBit ? codeset : "windows-1252";
-        sDefault.converter = eightBit ? converter : Converters().Get("windows-1252");
-        sDefault.resolved = true;
+        choice.codeset = codeset;
+        choice.name = eightBit ? codeset : "windows-1252";
+        choice.converter = eightBit ? converter : Converters().Get("windows-1252");
+        choice.resolved = true;
     }
-    return sDefault;
+    return choice;
 }
 
 // The converter of an 8-bit encoding, UTF-7 or UTF-8. Encoding_SystemDefault and every value we do
@@ -662,7 +666,7 @@ const char* XN_String::GetSystemDefaultEncodingName() {
 }
 
 void XN_String::SetSystemCodeset(const char* codeset) {
-    sCodesetOverride = codeset != nullptr ? codeset : "";
+    Default().override = codeset != nullptr ? codeset : "";
 }
 
 unsigned int XN_String::Length(const char* text) {

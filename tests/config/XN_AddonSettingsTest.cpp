@@ -1,6 +1,8 @@
 // The settings store on real files: its operations, what Save writes, what Load keeps, the guards.
 #include "SettingsTestSupport.hpp"
 
+#include "achost/Host.hpp"
+
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -168,6 +170,32 @@ TEST_F(AddonSettingsTest, OneByteOverTheLimitIsRefusedOnBothSides) {
     WritePlain(SharedPath(), "$first: 1\n$k: " + std::string(XN_SETTINGS_IMAGE_MAX - 14, 'v') + "\n");
     EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
     EXPECT_EQ((Records{{"first", "1"}}), SharedRecords());
+}
+
+// In an add-on, whose stores start unloaded: Get with loading fails while the file does not parse,
+// and loads again next time; a failed forced reload keeps the loaded flag, so Get loads no more.
+TEST_F(AddonSettingsTest, LoadingOnDemandAndAFailedReload) {
+    achost::HostOptions options;
+    options.onViolation = [](const std::string& message) { ADD_FAILURE() << message; };
+    achost::Host host(options);
+    std::string error;
+    ASSERT_TRUE(host.Start(COMM_PROBE, &error)) << error;
+    const struct {
+        const char* plain;
+        Int32 item; // 2: Get "a" with loading, 3: forced reload
+        const char* shown;
+    } steps[] = {
+        {"$a: 1\n$b: 2\nbad", 2, "0 "},
+        {"$a: 3\n", 2, "1 3"},
+        {"$c: 4\n$a: 5\nbad", 3, "0"},
+        {"$a: 6\n", 2, "0 "},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.plain);
+        WritePlain(SharedPath(), step.plain);
+        ASSERT_TRUE(host.ChooseMenuItem(32500, step.item, &error)) << error;
+        EXPECT_EQ(step.shown, host.FindMenu(32500)->items[step.item - 1].text);
+    }
 }
 
 // Names in a folder, to prove that a save left nothing behind.

@@ -36,6 +36,8 @@ std::vector<std::string> Shown(const XN_List<XN_String>& list) {
 TEST(XN_StringSearch, FindsAndRejects) {
     xn_test::ScopedLocale utf8("C.UTF-8");
     XN_String hello("hello"), abcab("abcab"), null;
+    const unsigned short zeroUnits[] = {'a', 0, 'b', 'a'};
+    const XN_String withZero(zeroUnits, 4);
     ExpectRows<unsigned>({
         {"IndexOf", hello.IndexOf("lo", 0), 3},
         {"IndexOf past the match", hello.IndexOf("lo", 4), kNone},
@@ -48,6 +50,8 @@ TEST(XN_StringSearch, FindsAndRejects) {
         {"LastIndexOf in empty", XN_String("").LastIndexOf("a"), kNone},
         {"IndexOf char", hello.IndexOf('l', 0), 2},
         {"IndexOf char 0", hello.IndexOf('\0', 0), kNone},
+        {"IndexOf from a 0 unit", withZero.IndexOf("a", 1), kNone},
+        {"IndexOf from after a 0 unit", withZero.IndexOf("a", 2), 3},
         {"LastIndexOf char", hello.LastIndexOf('l'), 3},
     });
     XN_String s("abcdef");
@@ -305,6 +309,12 @@ TEST(XN_StringDetect, TextToStringChoices) {
         {"only a mark", decode("\xEF\xBB\xBF", false), {E::Encoding_UTF8, ""}},
         {"empty file is UTF-32", decode("", true), {E::Encoding_UTF32, ""}},
         {"fallback", decode("\xE9t\xE9", false), {E::Encoding_ISOLatin1, "été"}},
+        {"zeros at even offsets, not UTF-8",
+         decode(std::string("\0\0\0\xE9\0a", 6), true),
+         {E::Encoding_Unknown, std::string("\0\0\0é\0a", 7)}},
+        {"zeros at even offsets, UTF-8",
+         decode(std::string("\0\0\0b\0a", 6), true),
+         {E::Encoding_UTF8, std::string("\0\0\0b\0a", 6)}},
         {"marked UTF-32, cut unit",
          decode(std::string("\xFF\xFE\0\0a\0", 6), true),
          {E::Encoding_UTF32, "<null>"}},

@@ -46,6 +46,11 @@ TEST(XN_Text_Scanner, ReadLongPositions) {
         EXPECT_EQ(value, c.value);
         EXPECT_EQ(scanner.GetPosition(), c.position);
     }
+    Scanner kept(R"( "ab" x)");
+    XN_String value;
+    EXPECT_TRUE(kept.ReadDoubleQuotedString(value, 2, false));
+    EXPECT_EQ(Text(value), "ab");
+    EXPECT_EQ(kept.GetPosition(), 0u) << "moved without advance";
 }
 
 TEST(XN_Text_Scanner, ReadLineSplitsAtEveryLineEnd) {

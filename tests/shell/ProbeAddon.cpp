@@ -4,6 +4,7 @@
 #include "ResourceCases.hpp"
 #include "XN_AddonSettings.hpp"
 #include "XN_Language.hpp"
+#include "XN_Location.hpp"
 #include "XN_Menu.hpp"
 #include "XN_Resource.hpp"
 
@@ -32,9 +33,12 @@ GSErrCode ProbeMenu(const API_MenuParams* params) {
         XN_Menu_SetText(kProbeMenu, item, text);
     } else if (item == kResourceCaseCount + 1) {
         SendCommand(32502, 1);
-    } else {
+    } else if (item == kResourceCaseCount + 2) {
         SendCommand(32501, 7);
         XN_Menu_SetText(kProbeMenu, item, XN_AddonSettings_Get(XN_AddonSettings_AllAddons, "Probe", false));
+    } else {
+        XN_Menu_SetText(kProbeMenu, item,
+                        XN_Location::AddOnLocation(true) + "|" + XN_Location::AddOnLocation(false));
     }
     return NoError;
 }

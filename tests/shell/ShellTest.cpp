@@ -12,6 +12,8 @@ namespace {
 constexpr Int32 kOtherMenuCommand = kResourceCaseCount + 1;
 // Sends item 7 of the International menu, then shows the suite's shared setting "Probe" as held.
 constexpr Int32 kOwnMenuCommand = kResourceCaseCount + 2;
+// Shows XN_Location::AddOnLocation(true) and (false), with "|" between them.
+constexpr Int32 kOwnLocation = kResourceCaseCount + 3;
 
 class ShellTest : public xn_test::SharedFolderTest {
 protected:
@@ -45,6 +47,14 @@ TEST_F(ShellTest, ResourceStringsFallBackToInternationalThenToMarkers) {
         EXPECT_EQ(c.expected, host.RegisteredMenu()->items[k].text);
         EXPECT_EQ(c.stringReads, host.ResourceStringReads() - readsBefore);
     }
+}
+
+TEST_F(ShellTest, AddOnLocationIsTheLibraryOrItsFolder) {
+    std::string error;
+    ASSERT_TRUE(host.ChooseMenuItem(kOwnLocation, &error)) << error;
+    const std::string library = PROBE_ADDON;
+    EXPECT_EQ(library.substr(0, library.rfind('/')) + "|" + library,
+              host.RegisteredMenu()->items[kOwnLocation - 1].text);
 }
 
 // A command meant for another menu does nothing, not even keep the add-on loaded; an item past the

@@ -1,0 +1,58 @@
+// The add-on's entry points on their failure paths, in the real host: each passes its failure back
+// and leaves the later steps undone (the library is registered only once RegisterInterface succeeded).
+#include "HostTest.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using EntryPointTest = xn_test::SharedFolderTest;
+
+TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
+    const struct {
+        const char* name;
+        const char* addon;
+        int hostKind;
+        const char* storedLanguage; // the older numeric "Language" in the add-on's own file
+        const char* error;
+    } cases[] = {
+        {"CheckEnvironment for another kind of host", MORAVEL_LIBRARY, 1, nullptr,
+         "did not register: CheckEnvironment answered 0"},
+        {"RegisterInterface for a language without a menu", MORAVEL_LIBRARY, 0, "-1",
+         "RegisterInterface of " MORAVEL_LIBRARY " failed with error 0x81060065"},
+        {"Initialize without one language's menu", NO_GERMAN_MENU_ADDON, 0, nullptr,
+         "Initialize of " NO_GERMAN_MENU_ADDON " failed with error 0x81060065"},
+    };
+    std::filesystem::create_directories(temp.PathOf("Shared"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string own = temp.PathOf("Shared/MoravelLibrary_190.cfg");
+        std::filesystem::remove(own);
+        std::string output;
+        if (c.storedLanguage != nullptr) {
+            ASSERT_EQ(0, xn_test::RunProgram(
+                             XN_SETTINGS_PROGRAM " set " + own + " Language " + c.storedLanguage, &output))
+                << output;
+        }
+        options.hostKind = static_cast<API_ApplicationTypeID>(c.hostKind);
+        achost::Host host(options);
+        std::string error;
+        EXPECT_FALSE(host.Start(c.addon, &error));
+        EXPECT_NE(std::string::npos, error.find(c.error)) << error;
+        EXPECT_EQ(c.hostKind == 0 ? "MoravelLibrary" : "", host.AddonName());
+        EXPECT_EQ(c.addon == std::string(NO_GERMAN_MENU_ADDON), host.BuiltInLibraryRegistered());
+        EXPECT_EQ(0, host.ResourceStringReads()) << "menu item texts written";
+        // The achost program says which add-on failed, in which entry point, with which error.
+        if (c.hostKind == 0) {
+            output.clear();
+            EXPECT_NE(0, xn_test::RunProgram(ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") +
+                                                 " --list-menus " + c.addon + " 2>&1",
+                                             &output));
+            EXPECT_NE(std::string::npos, output.find(c.error)) << output;
+        }
+    }
+}
+
+} // namespace
