@@ -14,6 +14,7 @@
 
 #include <climits>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <type_traits>
 
@@ -102,6 +103,48 @@ public:
             ResizeBlock(0);
         }
         count = 0;
+    }
+
+    // Appends `n` elements at once, element i constructed in place from make(i) (called for i = 0 to
+    // n - 1 in order): one resize of the block for all of them. With `replace` the list's elements
+    // are destroyed first, within the same resize. Memory exhaustion while making an element
+    // propagates, leaving the elements held before the call (none with `replace`).
+    template <class Make>
+    void AppendMade(long n, Make make, bool replace = false) {
+        if (data == nullptr)
+            return;
+        if (replace && count > 0) {
+            DestroyElements();
+            count = 0;
+        }
+        const long first = count;
+        if (n <= 0) {
+            if (replace)
+                ResizeBlock(0);
+            return;
+        }
+        if (!ResizeBlock(first + n))
+            return;
+        std::exception_ptr failure;
+        {
+            HandleLock lock(data);
+            long made = 0;
+            try {
+                for (; made < n; ++made) {
+                    std::memset(static_cast<void*>(SlotBytes(first + made)), 0, sizeof(T));
+                    new (SlotBytes(first + made)) T(make(made));
+                }
+            } catch (...) {
+                for (long i = 0; i < made; ++i)
+                    ElementAt(first + i).~T();
+                failure = std::current_exception();
+            }
+        }
+        if (failure) {
+            ResizeBlock(first);
+            std::rethrow_exception(failure);
+        }
+        count = first + n;
     }
 
     // For lists of plain numbers: resizes to `newCount` elements (a negative count counts as 0).

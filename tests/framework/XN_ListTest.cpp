@@ -164,6 +164,27 @@ TEST_F(XN_ListTest, ElementLivesAreBalancedAcrossEveryOperation) {
     EXPECT_EQ(Counted::live, 3);
 }
 
+TEST_F(XN_ListTest, AppendMadeBuildsElementsInPlaceAndKeepsTheListOnFailure) {
+    XN_List<Counted> list = ListOf<Counted>({1, 2});
+    list.AppendMade(3, [](long i) { return Counted(static_cast<int>(10 + i)); });
+    EXPECT_EQ(Values(list), (Longs{1, 2, 10, 11, 12}));
+    ExpectBlockMatchesCount(list);
+    list.AppendMade(
+        1, [](long) { return Counted(7); }, true);
+    EXPECT_EQ(Values(list), (Longs{7}));
+    auto failAtThird = [](long i) -> Counted {
+        if (i == 2)
+            throw std::bad_alloc();
+        return Counted(static_cast<int>(i));
+    };
+    EXPECT_THROW(list.AppendMade(3, failAtThird), std::bad_alloc);
+    EXPECT_EQ(Values(list), (Longs{7}));
+    ExpectBlockMatchesCount(list);
+    achost::FailReallocation(1);
+    list.AppendMade(2, [](long i) { return Counted(static_cast<int>(i)); });
+    EXPECT_EQ(list.data, nullptr) << "a refused resize makes the list inert";
+}
+
 TEST_F(XN_ListTest, AFailedReallocationLeavesAnInertListWithoutLeaks) {
     const std::pair<const char*, void (*)(XN_List<Counted>&)> cases[] = {
         {"growing", [](XN_List<Counted>& list) { list.AddData(Counted(9), 1); }},
