@@ -1,4 +1,5 @@
 // achost: loads an add-on into the host and lets a person, or a script, use it (see kHelp).
+#include "Validate.hpp"
 #include "achost/FrontEnd.hpp"
 #include "achost/SharedFolder.hpp"
 #include "achost/UpdateServer.hpp"
@@ -19,6 +20,8 @@ const char kUsage[] =
     "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
     "              [--launch] [--script FILE] [ADDON]\n"
     "       achost --list-menus [ADDON]\n"
+    "       achost validate [--strictness 1..10] [--seed N] [--repeat N] [--timeout S] [--json FILE]\n"
+    "                       [--junit FILE] [--check NAME]... ADDON\n"
     "       achost --help\n";
 
 const char kHelp[] =
@@ -210,6 +213,8 @@ int Finish(int code) {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "validate") == 0)
+        return achost::validate::Validate(std::vector<std::string>(argv + 2, argv + argc));
     std::ios::sync_with_stdio(false); // lets the terminal see typed-ahead lines while the run loop turns
     Arguments args;
     std::string error;

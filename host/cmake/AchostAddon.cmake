@@ -1,13 +1,17 @@
 # achost_add_addon(<target> GRC <file.grc> [IMAGES <dir>] SOURCES <src>... [LIBS <lib>...]
-#                  [OUTPUT_DIRECTORY <dir>])
+#                  [OUTPUT_DIRECTORY <dir>] [EXPORTS <version-script>])
 #
 # Builds an add-on as the host loads it: a MODULE library named <target>.so (no "lib" prefix) that
 # exports only its four entry points (linker version script, hidden visibility), resolves every
 # symbol at link time (-z defs) against the host library, and carries its resources, compiled from
-# the GRC file and its icon images, in a section of its own.
+# the GRC file and its icon images, in a section of its own. EXPORTS replaces the linker version
+# script, for test add-ons that export something else on purpose.
 function(achost_add_addon target)
-    cmake_parse_arguments(ARG "" "GRC;IMAGES;OUTPUT_DIRECTORY" "SOURCES;LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "" "GRC;IMAGES;OUTPUT_DIRECTORY;EXPORTS" "SOURCES;LIBS" ${ARGN})
     set(exports ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/addon-exports.map)
+    if(ARG_EXPORTS)
+        get_filename_component(exports ${ARG_EXPORTS} ABSOLUTE)
+    endif()
     if(NOT ARG_GRC OR NOT ARG_SOURCES)
         message(FATAL_ERROR "achost_add_addon(${target}): GRC and SOURCES are required")
     endif()

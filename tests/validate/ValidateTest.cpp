@@ -1,0 +1,145 @@
+// achost validate run as a program on fixture add-ons, good and broken on purpose: each broken one
+// fails the check that looks for its fault, with a message naming it, and the printed replay command
+// sees the same fault again.
+#include "HostTest.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <regex>
+
+namespace {
+
+using xn_test::RunProgram;
+
+std::string Validate(const std::string& arguments, int* exitCode) {
+    std::string output;
+    *exitCode = RunProgram(std::string(ACHOST) + " validate " + arguments + " 2>&1", &output);
+    return output;
+}
+
+// The text after `label` on the first line that has it.
+std::string LineAfter(const std::string& output, const std::string& label) {
+    const size_t at = output.find(label);
+    if (at == std::string::npos)
+        return "";
+    const size_t start = at + label.size();
+    return output.substr(start, output.find('\n', start) - start);
+}
+
+struct Row {
+    const char* name;
+    const char* addon;
+    const char* check; // "" for the whole catalogue
+    int exitCode;
+    std::vector<const char*> seen; // every one appears in the output
+};
+
+class ValidateTest : public xn_test::TempFolderTest {};
+
+TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
+    const Row rows[] = {
+        {"good add-on",
+         BROKEN_GOOD,
+         "",
+         0,
+         {"PASS exports", "PASS dialogs", "PASS settings", "7 checks, 0 failed"}},
+        {"missing export", BROKEN_MISSING_EXPORT, "exports", 1, {"FAIL exports", "does not export FreeData"}},
+        {"extra export",
+         BROKEN_EXTRA_EXPORT,
+         "exports",
+         1,
+         {"exports more than its four entry points: FixtureExtraExport"}},
+        {"leak",
+         BROKEN_LEAKS,
+         "lifecycle",
+         1,
+         {"FAIL lifecycle", "1 memory handle was still allocated after 1"}},
+        {"crash in a dialog callback",
+         BROKEN_CRASHES_IN_DIALOG,
+         "dialogs",
+         1,
+         {"FAIL dialogs", "crashed with SIG", "dialog 32600 opened by menu 32500 1, closed by click 2"}},
+        {"item set on a closed dialog",
+         BROKEN_SETS_CLOSED_DIALOG,
+         "dialogs",
+         1,
+         {"FAIL dialogs", "DGSetItemText: no dialog 1 is open"}},
+        {"hang in a command",
+         BROKEN_HANGS,
+         "menus",
+         1,
+         {"FAIL menus", "hung: no verdict within 2.00 s (while menu 32500 2)"}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string check = *row.check != '\0' ? std::string("--check ") + row.check + " " : "";
+        int exitCode = -1;
+        const std::string output =
+            Validate(check + "--strictness 2 --seed 7 --timeout 2 " + std::string(row.addon), &exitCode);
+        EXPECT_EQ(row.exitCode, exitCode) << output;
+        for (const char* seen : row.seen)
+            EXPECT_NE(std::string::npos, output.find(seen)) << seen << "\n" << output;
+        EXPECT_NE(std::string::npos, output.find("strictness 2, seed 7, repeat 1, timeout 2 s")) << output;
+        if (row.exitCode == 0)
+            continue;
+        // One command replays the failure: the same check, seed and strictness see the same fault.
+        const std::string replay = LineAfter(output, "  replay: ");
+        EXPECT_NE(std::string::npos,
+                  replay.find(std::string("--check ") + row.check + " --strictness 2 --seed 7"));
+        std::string again;
+        EXPECT_EQ(1, RunProgram(replay + " 2>&1", &again)) << again;
+        const std::regex time(" \\(\\d+\\.\\d+ s\\)");
+        EXPECT_EQ(std::regex_replace(LineAfter(output, "  seen: "), time, ""),
+                  std::regex_replace(LineAfter(again, "  seen: "), time, ""));
+    }
+}
+
+TEST_F(ValidateTest, ReportsGoToJsonAndJUnit) {
+    const std::string json = temp.PathOf("report.json"), junit = temp.PathOf("report.xml");
+    int exitCode = -1;
+    const std::string output =
+        Validate("--strictness 1 --seed 3 --repeat 2 --json " + json + " --junit " + junit +
+                     " --check exports --check dialogs " + BROKEN_SETS_CLOSED_DIALOG,
+                 &exitCode);
+    EXPECT_EQ(1, exitCode) << output;
+    std::ifstream jsonFile(json);
+    const nlohmann::json report = nlohmann::json::parse(jsonFile, nullptr, false);
+    ASSERT_FALSE(report.is_discarded());
+    EXPECT_EQ(3u, report["seed"]);
+    EXPECT_FALSE(report["passed"].get<bool>());
+    ASSERT_EQ(4u, report["checks"].size());
+    const nlohmann::json& last = report["checks"][3];
+    EXPECT_EQ("dialogs", last["name"]);
+    EXPECT_EQ(4u, last["seed"]); // the second repetition's seed
+    EXPECT_NE(std::string::npos, last["message"].get<std::string>().find("DGSetItemText"));
+    EXPECT_NE(std::string::npos, last["replay"].get<std::string>().find("--seed 4"));
+    std::ifstream xmlFile(junit);
+    const std::string xml((std::istreambuf_iterator<char>(xmlFile)), std::istreambuf_iterator<char>());
+    EXPECT_NE(std::string::npos, xml.find("<testsuites name=\"achost validate\" tests=\"4\" failures=\"2\""));
+    EXPECT_NE(std::string::npos, xml.find("name=\"dialogs #2\""));
+    EXPECT_NE(std::string::npos, xml.find("<failure message=\"DGSetItemText: no dialog 1 is open (while "
+                                          "looking for dialogs: menu 32500 1)"));
+}
+
+TEST_F(ValidateTest, BadArgumentsAreNamed) {
+    const struct {
+        const char* arguments;
+        const char* message;
+    } rows[] = {
+        {"--strictness 11 x.so", "--strictness takes a whole number from 1 to 10, not '11'"},
+        {"--check nothing x.so", "there is no check 'nothing' (--list names them)"},
+        {"--timeout", "--timeout needs a value"},
+        {"", "name the add-on to validate"},
+        {"/nonexistent/addon.so", "cannot read /nonexistent/addon.so"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        int exitCode = -1;
+        const std::string output = Validate(row.arguments, &exitCode);
+        EXPECT_EQ(2, exitCode);
+        EXPECT_NE(std::string::npos, output.find(row.message)) << output;
+    }
+}
+
+} // namespace
