@@ -20,8 +20,6 @@ const char kUsage[] =
     "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
     "              [--launch] [--script FILE] [ADDON]\n"
     "       achost --list-menus [ADDON]\n"
-    "       achost validate [--strictness 1..10] [--seed N] [--repeat N] [--timeout S] [--json FILE]\n"
-    "                       [--junit FILE] [--check NAME]... ADDON\n"
     "       achost --help\n";
 
 const char kHelp[] =
@@ -51,6 +49,12 @@ const char kHelp[] =
     "\n"
     "The demo update server listens on 127.0.0.1 at a free port; achost points http_proxy at it, so the\n"
     "add-on's requests to its update server reach it.\n"
+    "\n"
+    "achost validate [--strictness 1..10] [--seed N] [--repeat N] [--timeout S] [--json FILE] [--junit "
+    "FILE]\n"
+    "                [--check NAME]... ADDON\n"
+    "                        put ADDON through named checks, each in a process of its own; a failure\n"
+    "                        prints the command that replays it (achost validate --list names the checks)\n"
     "\n"
     "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
     "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written.\n";
