@@ -30,6 +30,9 @@ const char kUsage[] = "usage: achost validate [--strictness 1..10] [--seed N] [-
                       "[--shared-settings NAME] ADDON\n"
                       "       achost validate --list\n";
 
+// The last step of every check that ran to its end.
+const char kDone[] = "done";
+
 struct Verdict {
     std::string check;
     int repetition = 1;
@@ -227,7 +230,7 @@ Verdict RunCheck(const Options& options, const Check& check, unsigned long long 
         Reporter reporter(report[1]);
         CheckContext context{options, seed, work, reporter};
         check.run(context);
-        reporter.Step("done");
+        reporter.Step(kDone);
         std::fflush(nullptr);
         _exit(reporter.Failed() ? 1 : 0);
     }
@@ -310,8 +313,9 @@ Verdict RunCheck(const Options& options, const Check& check, unsigned long long 
         verdict.message = "hung: no verdict within " + Seconds(options.timeout) + where;
     else if (WIFSIGNALED(status))
         verdict.message = "crashed with " + SignalName(WTERMSIG(status)) + where;
-    else if (WEXITSTATUS(status) != 0 && failures.empty())
-        verdict.message = "its process ended with exit code " + std::to_string(WEXITSTATUS(status)) + where;
+    else if (step != kDone) // the add-on, or a sanitizer, ended the process before the check did
+        verdict.message =
+            "crashed: its process ended with exit code " + std::to_string(WEXITSTATUS(status)) + where;
     if (!failures.empty())
         verdict.message = verdict.message.empty() ? failures : verdict.message + "; " + failures;
     if (!verdict.message.empty() && !diagnostics.empty())

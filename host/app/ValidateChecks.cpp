@@ -22,7 +22,8 @@
 #include <sstream>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// The sanitizer's allocator replaces malloc's: its count of live bytes stands in for mallinfo2.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace achost::validate {

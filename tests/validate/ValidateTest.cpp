@@ -59,7 +59,7 @@ TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
          BROKEN_CRASHES_IN_DIALOG,
          "dialogs",
          1,
-         {"FAIL dialogs", "crashed with SIG", "dialog 32600 opened by menu 32500 1, closed by click 2"}},
+         {"FAIL dialogs", "crashed", "dialog 32600 opened by menu 32500 1, closed by click 2"}},
         {"item set on a closed dialog",
          BROKEN_SETS_CLOSED_DIALOG,
          "dialogs",
