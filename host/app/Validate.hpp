@@ -59,6 +59,11 @@ struct Check {
 // `text` in double quotes, quotes and backslashes escaped, as texts are shown in scripts.
 std::string Quoted(const std::string& text);
 
+// A local port nobody listens on: connections are refused, as when the network is down.
+int ClosedPort();
+// Sends every HTTP request of this process through a proxy on the local `port`.
+void UseProxy(int port);
+
 // Every check, in the order they run.
 const std::vector<Check>& Catalogue();
 

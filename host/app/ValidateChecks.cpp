@@ -387,19 +387,6 @@ void CheckDialogs(CheckContext& context) {
                         ", openings closed: " + std::to_string(closed));
 }
 
-// A local port nobody listens on: connections are refused, as when the network is down.
-int ClosedPort() {
-    const int s = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    bind(s, reinterpret_cast<sockaddr*>(&address), size);
-    getsockname(s, reinterpret_cast<sockaddr*>(&address), &size);
-    close(s);
-    return ntohs(address.sin_port);
-}
-
 // A local port that takes connections and never answers, as a slow or stuck network does. The
 // socket stays open for the life of the check's process.
 int SilentPort() {
@@ -414,16 +401,13 @@ int SilentPort() {
     return ntohs(address.sin_port);
 }
 
-void UseProxy(int port) {
-    const std::string proxy = "http://127.0.0.1:" + std::to_string(port);
-    for (const char* name : {"http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY"})
-        setenv(name, proxy.c_str(), 1);
-    unsetenv("no_proxy");
-    unsetenv("NO_PROXY");
-}
-
 // A person acting at random: commands, clicks, list rows, answers to file dialogs.
-void RandomPerson(Walker& walker, std::mt19937_64& random) {
+void RandomPerson(Walker& walker, std::mt19937_64& random, const std::string& work) {
+    walker.onFile = [&random, work](const Host&, const FileRequest& request) {
+        if (random() % 3 == 0)
+            return "answer " + request.kind + " cancel";
+        return "answer " + request.kind + " " + Quoted(work + "/answer-" + std::to_string(random() % 4));
+    };
     walker.onIdle = [&random](const Host& host) {
         const Dialog* dialog = host.FrontDialog();
         const std::vector<std::string> commands = EveryCommand(host);
@@ -498,7 +482,7 @@ void CheckSessions(CheckContext& context) {
         }
         Walker walker(context.report);
         walker.budget = length;
-        RandomPerson(walker, random);
+        RandomPerson(walker, random, context.work);
         RunSession(host, walker);
         host.Quit();
         ClearFaults();
@@ -589,7 +573,7 @@ void CheckSettings(CheckContext& context) {
         Walker walker(context.report);
         walker.inspect = false;
         walker.budget = 20 * context.options.strictness;
-        RandomPerson(walker, random);
+        RandomPerson(walker, random, context.work);
         context.report.Step("session " + std::to_string(run) + " of " + std::to_string(runs));
         RunSession(host, walker);
         host.Quit();

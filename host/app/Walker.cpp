@@ -50,16 +50,22 @@ void Walker::Inspect(const Host& host) {
             if (Shows(menu->items[i].text))
                 Problem("menu " + std::to_string(menu->resID) + " item " + std::to_string(i + 1) + " reads " +
                         Quoted(menu->items[i].text));
+    if (const FileRequest* request = host.OpenFileDialog())
+        if (Shows(request->title))
+            Problem("a file dialog has the title " + Quoted(request->title));
     if (const Alert* alert = host.OpenAlert()) {
         for (const std::string* text : {&alert->title, &alert->largeText, &alert->smallText})
             if (Shows(*text))
                 Problem("an alert reads " + Quoted(*text));
     }
     for (const Dialog* dialog : host.Dialogs()) {
-        if (!instancesSeen.insert(dialog->id).second)
+        if (instancesSeen.insert(dialog->id).second) {
+            ++dialogsSeen[dialog->resID];
+            openers.emplace(dialog->resID, running.empty() ? std::string() : running.front());
+        }
+        // A dialog is looked at once, when it is first shown (a modeless one may wait hidden).
+        if (!dialog->visible || !instancesShown.insert(dialog->id).second)
             continue;
-        ++dialogsSeen[dialog->resID];
-        openers.emplace(dialog->resID, running.empty() ? std::string() : running.front());
         if (Shows(dialog->title))
             Problem(DialogName(*dialog) + " has the title " + Quoted(dialog->title));
         for (size_t n = 1; n <= dialog->items.size(); ++n) {
@@ -85,6 +91,10 @@ std::string Walker::Choose(const Host& host) {
         unanswered = 0;
         ++alertsSeen;
         return "ok";
+    }
+    if (const FileRequest* request = host.OpenFileDialog()) {
+        unanswered = 0;
+        return onFile ? onFile(host, *request) : "answer " + request->kind + " cancel";
     }
     const Dialog* dialog = host.FrontDialog();
     const bool modal = dialog != nullptr && dialog->kind == DialogKind::Modal;

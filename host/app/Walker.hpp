@@ -24,6 +24,8 @@ public:
     std::function<std::string(const Host&)> onIdle;
     // Chooses the action for the front dialog; "" means its close box.
     std::function<std::string(const Host&, const Dialog&)> onDialog;
+    // Chooses the answer to a file or folder dialog; cancel when unset.
+    std::function<std::string(const Host&, const FileRequest&)> onFile;
     // Waits answered before the session is ended, whatever is open.
     long budget = 1000000;
     // Reports "_ERR_" texts and empty dialog items (dialogs are counted either way).
@@ -47,7 +49,8 @@ private:
 
     Reporter& report;
     std::vector<std::string> running; // actions being carried out, outermost first
-    std::set<short> instancesSeen;    // dialog instances (their run-time IDs) already inspected
+    std::set<short> instancesSeen;    // dialog instances (their run-time IDs) already counted
+    std::set<short> instancesShown;   // and already looked at
     std::set<std::string> problems;
     int unanswered = 0; // consecutive waits with nothing shown inside an action
 };
