@@ -83,61 +83,45 @@ protected:
     std::string SettingsPath() { return temp.PathOf("Shared/MoravelLibrary_190.cfg"); }
 };
 
+// Arms the n-th call of `which` to fail with `error`.
+std::function<void()> Fail(HostCall which, GSErrCode error, int nth = 1) {
+    return [=] { achost::FailHostCall(which, error, nth); };
+}
+
 TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
-    const std::string addon = MORAVEL_LIBRARY;
+    const std::string reg = "RegisterInterface of " MORAVEL_LIBRARY " failed with error 0x8106";
+    const std::string init = "Initialize of " MORAVEL_LIBRARY " failed with error 0x8106";
+    const std::vector<std::string> none, dialog = {"menu 3"}, italian = kChooseItalian;
     const struct {
         const char* name;
         std::function<void()> arm;
         int armBefore;
-        std::vector<std::string> lines;
+        const std::vector<std::string>& lines;
         std::string startError;
         short registeredMenu;
-        std::string stored;
+        const std::string& stored;
     } cases[] = {
         // Loading: registration and initialisation pass the host's refusal back.
-        {"menu registration refused",
-         [] { achost::FailHostCall(HostCall::RegisterMenu, APIERR_BADID); },
-         kAtStart,
-         {},
-         "RegisterInterface of " + addon + " failed with error 0x81060065",
-         0,
-         kGerman},
-        {"built-in library refused",
-         [] { achost::FailHostCall(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL); },
-         kAtStart,
-         {},
-         "RegisterInterface of " + addon + " failed with error 0x81060001",
-         0,
-         kGerman},
-        {"menu handler refused",
-         [] { achost::FailHostCall(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3); },
-         kAtStart,
-         {},
-         "Initialize of " + addon + " failed with error 0x81060388",
-         0,
-         kGerman},
+        {"menu registration refused", Fail(HostCall::RegisterMenu, APIERR_BADID), kAtStart, none,
+         reg + "0065", 0, kGerman},
+        {"built-in library refused", Fail(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL), kAtStart, none,
+         reg + "0001", 0, kGerman},
+        {"menu handler refused", Fail(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3), kAtStart, none,
+         init + "0388", 0, kGerman},
         // Loading: what cannot be read is taken as absent; the first command reads the settings again.
         // The shared store is read first, then the add-on's own.
-        {"settings folder unknown at registration",
-         [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied, 2); }, kAtStart, kChooseItalian,
-         "", 32501, kItalian},
-        {"menu texts refused at load", [] { achost::FailHostCall(HostCall::MenuItemText, APIERR_BADID, 4); },
-         kAtStart, kChooseItalian, "", 32503, kItalian},
-        {"resource string missing at load", [] { achost::FailHostCall(HostCall::ResourceString, 0, 2); },
-         kAtStart, kChooseItalian, "", 32503, kItalian},
+        {"settings folder unknown at registration", Fail(HostCall::SpecialFolder, kAccessDenied, 2), kAtStart,
+         italian, "", 32501, kItalian},
+        {"menu texts refused at load", Fail(HostCall::MenuItemText, APIERR_BADID, 4), kAtStart, italian, "",
+         32503, kItalian},
+        {"resource string missing at load", Fail(HostCall::ResourceString, 0, 2), kAtStart, italian, "",
+         32503, kItalian},
         // Commands: the language stays as it was unless a confirmed choice was saved whole.
-        {"language dialog refused",
-         [] { achost::FailHostCall(HostCall::ModalDialog, APIERR_GENERAL); },
-         0,
-         {"menu 3"},
-         "",
-         32503,
+        {"language dialog refused", Fail(HostCall::ModalDialog, APIERR_GENERAL), 0, dialog, "", 32503,
          kGerman},
-        {"dialog text missing", [] { achost::FailHostCall(HostCall::ResourceString, 0, 3); }, 0,
-         kChooseItalian, "", 32503, kItalian},
-        {"settings folder unknown at saving",
-         [] { achost::FailHostCall(HostCall::SpecialFolder, kAccessDenied); }, 2, kChooseItalian, "", 32503,
-         kGerman},
+        {"dialog text missing", Fail(HostCall::ResourceString, 0, 3), 0, italian, "", 32503, kItalian},
+        {"settings folder unknown at saving", Fail(HostCall::SpecialFolder, kAccessDenied), 2, italian, "",
+         32503, kGerman},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -158,9 +142,7 @@ TEST_F(FaultMatrixTest, EachCallOfTheLanguageCommandFailsInTurn) {
     const auto file = [](FileOperation operation) {
         return [operation](int nth) { achost::FailFileOperation(operation, kAccessDenied, nth); };
     };
-    const auto call = [](HostCall which) {
-        return [which](int nth) { achost::FailHostCall(which, APIERR_GENERAL, nth); };
-    };
+    const auto call = [](HostCall which) { return [which](int nth) { Fail(which, APIERR_GENERAL, nth)(); }; };
     const struct {
         const char* name;
         std::function<void(int)> arm;

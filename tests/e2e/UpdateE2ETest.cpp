@@ -11,7 +11,9 @@
 
 namespace {
 
-const std::string kOwnLine = "MoravelLibrary 19.0.4.2200 (AC190) 03/08/2018";
+const std::string kNamed = "MoravelLibrary ";
+const std::string kOwnLine = kNamed + "19.0.4.2200 (AC190) 03/08/2018";
+const std::string kNewerLine = kNamed + "19.0.4.2200 (AC190) 04/08/2018\n";
 const std::string kVersionsAddress = "http://update.moravel.example/update_plugins/versions16.txt";
 const std::string kUnreachable =
     "The update server cannot be reached. Check your Internet connection and try again later.";
@@ -63,17 +65,14 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
         bool isNewer;
     } cases[] = {
         {"the same line", {200, kOwnLine + "\n"}, false},
-        {"a later date only", {200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"}, true},
-        {"a higher number with an older date",
-         {200, "MoravelLibrary 19.0.9.9999 (AC190) 01/01/2018\n"},
-         false},
+        {"a later date only", {200, kNewerLine}, true},
+        {"a higher number with an older date", {200, kNamed + "19.0.9.9999 (AC190) 01/01/2018\n"}, false},
         {"no matching line", {200, "OtherAddon 19.0.5.1 (AC190) 01/01/2020\nMoravel 01/01/2020\n"}, false},
-        {"another host tag", {200, "MoravelLibrary 20.0.1.1000 (AC200) 01/01/2020\n"}, false},
-        {"another major number", {200, "MoravelLibrary 20.0.1.1000 (AC190) 01/01/2020\n"}, false},
+        {"another host tag", {200, kNamed + "20.0.1.1000 (AC200) 01/01/2020\n"}, false},
+        {"another major number", {200, kNamed + "20.0.1.1000 (AC190) 01/01/2020\n"}, false},
         {"several matching lines, one later",
-         {200,
-          kOwnLine +
-              "\r\nMoravelLibrary 19.1.0.1 (AC190) 01/09/2018\nMoravelLibrary 19.0.0.1 (AC190) 01/01/2017\n"},
+         {200, kOwnLine + "\r\n" + kNamed + "19.1.0.1 (AC190) 01/09/2018\n" + kNamed +
+                   "19.0.0.1 (AC190) 01/01/2017\n"},
          true},
         {"a 404 page (kept: up to date)", {404, "<h1>Not Found</h1>"}, false},
         {"an empty body", {200, ""}, false},
@@ -125,7 +124,7 @@ TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
         {"item 7 in French", "fra", 7, page + "&lang=2&addon=MoravelLibrary&lib=Unknown", {}},
         {"item 1", "int", 1, "http://www.moravel.example", {}},
     };
-    Serve({200, "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018\n"});
+    Serve({200, kNewerLine});
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Settings("set", "Language_str " + c.language);
@@ -196,8 +195,7 @@ TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
         {"the first run only switches automatic checks on", "", -1, 0, "1\n", "closed"},
         {"13 days after the last check", "1", 13 * day, 0, "1\n", "closed"},
         {"14 days after the last check", "1", 14 * day, 1, "1\n", "hidden"},
-        {"never checked before, a newer release", "1", -1, 1, "1\n", "shown",
-         "MoravelLibrary 19.0.4.2200 (AC190) 04/08/2018"},
+        {"never checked before, a newer release", "1", -1, 1, "1\n", "shown", kNewerLine},
         {"switched off", "0", -1, 0, "0\n", "closed"},
         {"any other value disables it", "2", -1, 0, "2\n", "closed"},
     };
