@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -122,36 +123,32 @@ TEST_F(AddonSettingsTest, ValuesWithLineBreaksRoundTrip) {
 }
 
 TEST_F(AddonSettingsTest, LoadKeepsWhatTheReaderRulesKeep) {
+    using namespace std::string_literals;
     const struct {
         const char* name;
-        const char* plain; // null: no file
-        size_t size;
+        std::optional<std::string> plain;
         bool loads;
         Records records;
     } cases[] = {
-        {"no file", nullptr, 0, true, {}},
-        {"empty file", "", 0, true, {}},
-        {"key cut at its first colon, any byte after it skipped",
-         "$a:b: c\n$d: 1\n",
-         14,
-         true,
-         {{"a", ": c"}, {"d", "1"}}},
-        {"last record without its line feed", "$a: 1\n$b: 2", 11, true, {{"a", "1"}}},
-        {"record cut right after the colon", "$a: 1\n$b:", 9, true, {{"a", "1"}}},
-        {"continuation at the very end", "$a: 1\n#", 7, true, {}},
-        {"line break before the next record", "$a: x\n#\n$b: 1\n", 14, true, {{"a", "x\n"}, {"b", "1"}}},
-        {"binary, no dollar first", "\x01\xff\x00\x7f", 4, false, {}},
-        {"dollar as the last byte", "$a: 1\n$", 7, false, {{"a", "1"}}},
-        {"empty key", "$: 1\n", 5, false, {}},
-        {"key without colon", "$a: 1\n$b\n", 9, false, {{"a", "1"}}},
-        {"other byte after a line break", "$a: 1\n$b: 2\nc", 13, false, {{"a", "1"}}},
+        {"no file", std::nullopt, true, {}},
+        {"empty file", "", true, {}},
+        {"key cut at the first colon, a byte skipped", "$a:b: c\n$d: 1\n", true, {{"a", ": c"}, {"d", "1"}}},
+        {"last record without its line feed", "$a: 1\n$b: 2", true, {{"a", "1"}}},
+        {"record cut right after the colon", "$a: 1\n$b:", true, {{"a", "1"}}},
+        {"continuation at the very end", "$a: 1\n#", true, {}},
+        {"line break before the next record", "$a: x\n#\n$b: 1\n", true, {{"a", "x\n"}, {"b", "1"}}},
+        {"binary, no dollar first", "\x01\xff\x00\x7f"s, false, {}},
+        {"dollar as the last byte", "$a: 1\n$", false, {{"a", "1"}}},
+        {"empty key", "$: 1\n", false, {}},
+        {"key without colon", "$a: 1\n$b\n", false, {{"a", "1"}}},
+        {"other byte after a line break", "$a: 1\n$b: 2\nc", false, {{"a", "1"}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         XN_AddonSettings_Set(kShared, "stale", "x", true);
         std::filesystem::remove(SharedPath());
-        if (c.plain != nullptr)
-            WritePlain(SharedPath(), std::string(c.plain, c.size));
+        if (c.plain)
+            WritePlain(SharedPath(), *c.plain);
         EXPECT_EQ(c.loads, XN_AddonSettings_Load(kShared, false));
         EXPECT_EQ(c.records, SharedRecords());
     }
