@@ -2,6 +2,7 @@
 // the command that replays a failure, JSON and JUnit reports.
 #include "Validate.hpp"
 
+#include "achost/Host.hpp"
 #include "achost/SharedFolder.hpp"
 
 #include <nlohmann/json.hpp>
@@ -198,7 +199,7 @@ std::string Diagnostics(const std::string& output) {
     while (std::getline(in, line))
         if (found.size() < 600 &&
             (line.find("Sanitizer") != std::string::npos || line.find("runtime error") != std::string::npos ||
-             line.find("terminate called") != std::string::npos))
+             line.find("terminate called") != std::string::npos || line.rfind("achost: the add-on ", 0) == 0))
             found += (found.empty() ? "" : " | ") + line;
     return found;
 }
@@ -318,6 +319,8 @@ Verdict RunCheck(const Options& options, const Check& check, unsigned long long 
         verdict.message = "hung: no verdict within " + Seconds(options.timeout) + where;
     else if (WIFSIGNALED(status))
         verdict.message = "crashed with " + SignalName(WTERMSIG(status)) + where;
+    else if (step != kDone && WEXITSTATUS(status) == achost::kAddonFaultStatus)
+        verdict.message = "an exception escaped the add-on" + where;
     else if (step != kDone) // the add-on, or a sanitizer, ended the process before the check did
         verdict.message =
             "crashed: its process ended with exit code " + std::to_string(WEXITSTATUS(status)) + where;

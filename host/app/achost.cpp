@@ -57,7 +57,9 @@ const char kHelp[] =
     "                        prints the command that replays it (achost validate --list names the checks)\n"
     "\n"
     "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
-    "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written.\n";
+    "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written,\n"
+    "3 an exception escaped the add-on. An add-on that crashes is named with the call it was in, and\n"
+    "the signal ends achost.\n";
 
 struct Arguments {
     std::string addon, script, sharedFolder, updateFolder;
@@ -217,6 +219,7 @@ int Finish(int code) {
 } // namespace
 
 int main(int argc, char** argv) {
+    achost::InstallCrashReport();
     if (argc > 1 && std::strcmp(argv[1], "validate") == 0)
         return achost::validate::Validate(std::vector<std::string>(argv + 2, argv + argc));
     std::ios::sync_with_stdio(false); // lets the terminal see typed-ahead lines while the run loop turns

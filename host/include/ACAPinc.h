@@ -104,12 +104,19 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Environment(API_EnvironmentID code, 
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Command_Test(const API_ModulID* mdid, GSType cmdID,
                                                          Int32 cmdVersion);
 
+// The longest resource string, in characters (UTF-16 units); the resource compiler refuses longer
+// ones. The string calls below never write more than the room they ask for, whatever an add-on's
+// resource image holds: a longer string is cut there.
+constexpr Int32 API_ResStringMaxLength = 255;
+constexpr Int32 API_ResStringBufferLen = 3 * API_ResStringMaxLength + 1;
+
 // Copies string `index` (1-based) of 'STR#' resID of resModule into str as NUL-terminated UTF-16;
-// str must hold the string and its terminator. False, and str untouched, when the list or the
-// string does not exist.
+// str must have room for API_ResStringMaxLength + 1 units. False, and str untouched, when the list
+// or the string does not exist.
 GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index,
                                                            GSResModule resModule = ACAPI_GetOwnResModule());
-// The same as 8-bit UTF-8 text.
+// The same as 8-bit UTF-8 text; str must have room for API_ResStringBufferLen bytes (a string of
+// API_ResStringMaxLength characters at up to three bytes each, and the terminator).
 GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocStr(char* str, short resID, short index,
                                                           GSResModule resModule = ACAPI_GetOwnResModule());
 // The fixed (not localised) form; this host keeps one resource file, so it reads the same list.

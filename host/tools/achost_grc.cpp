@@ -1,8 +1,18 @@
 // achost-grc: the resource compiler run by the build. Compiles an add-on's GRC file and its icon
 // images into a binary image, and writes an assembly file that embeds the image in a section of the
 // add-on's shared library. An error is printed as "file:line: message" and fails the build.
+//
+// The text is read line by line and each resource written out as soon as it is checked, so memory
+// stays near the size of the largest resource. Each output appears whole or not at all: it is
+// written beside its final name and renamed over it.
 #include "achost/ResourceCompiler.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -11,17 +21,97 @@ namespace {
 
 const char kUsage[] = "usage: achost-grc GRC --images DIR --output IMAGE --asm ASSEMBLY\n";
 
-bool WriteFile(const std::string& path, const std::string& contents) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << contents;
-    return static_cast<bool>(out.flush());
-}
-
 std::string AssemblerString(const std::string& text) {
     std::string quoted = "\"";
     for (char c : text)
         quoted += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
     return quoted + "\"";
+}
+
+// A file written under a temporary name beside `path` and renamed over it by Commit; removed when
+// it is given up.
+class Output {
+public:
+    explicit Output(std::string path) : path(std::move(path)), temporary(this->path + ".XXXXXX") {
+        fd = mkstemp(&temporary[0]);
+        if (fd < 0) {
+            Failed("cannot create it");
+            return;
+        }
+        const mode_t mask = umask(0);
+        umask(mask);
+        fchmod(fd, 0666 & ~mask); // as an ordinary new file, not mkstemp's private one
+    }
+    ~Output() {
+        if (fd >= 0)
+            close(fd);
+        if (!committed && fd != -2)
+            unlink(temporary.c_str());
+    }
+    bool Write(const std::string& bytes, off_t at = -1) {
+        for (size_t done = 0; ok() && done < bytes.size();) {
+            const ssize_t n =
+                at < 0 ? write(fd, bytes.data() + done, bytes.size() - done)
+                       : pwrite(fd, bytes.data() + done, bytes.size() - done, at + static_cast<off_t>(done));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                return Failed("cannot write it");
+            done += static_cast<size_t>(n);
+        }
+        return ok();
+    }
+    bool Commit() {
+        if (!ok())
+            return false;
+        const int closed = close(fd);
+        fd = -1;
+        if (closed != 0)
+            return Failed("cannot write it");
+        if (rename(temporary.c_str(), path.c_str()) != 0)
+            return Failed("cannot put it in place");
+        committed = true;
+        return true;
+    }
+    bool ok() const { return fd >= 0 && error.empty(); }
+    const std::string& Error() const { return error; }
+
+private:
+    bool Failed(const char* what) {
+        if (error.empty())
+            error = "achost-grc: " + path + ": " + what + ": " + std::strerror(errno);
+        if (fd < 0)
+            fd = -2; // nothing was created
+        return false;
+    }
+    std::string path, temporary, error;
+    int fd = -1;
+    bool committed = false;
+};
+
+// Opens the GRC file for reading; refuses anything but a regular file, without blocking on a FIFO.
+bool OpenSource(const std::string& path, std::ifstream* in, std::string* error) {
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat info;
+    if (fd < 0 || fstat(fd, &info) != 0) {
+        *error = path + ":0: cannot read the file: " + std::strerror(errno);
+        if (fd >= 0)
+            close(fd);
+        return false;
+    }
+    close(fd);
+    if (!S_ISREG(info.st_mode)) {
+        *error = path + ":0: " +
+                 (S_ISDIR(info.st_mode) ? "is a folder, not a resource file"
+                                        : "is not a regular file (a device, a FIFO or a socket)");
+        return false;
+    }
+    in->open(path, std::ios::binary);
+    if (!*in) {
+        *error = path + ":0: cannot read the file: " + std::strerror(errno);
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -47,17 +137,38 @@ int main(int argc, char** argv) {
         std::cerr << kUsage;
         return 2;
     }
-    achost::ResourceSet resources;
+    std::ifstream in;
     std::string error;
-    if (!achost::CompileGrc(grc, images.empty() ? "." : images, &resources, &error)) {
+    if (!OpenSource(grc, &in, &error)) {
         std::cerr << error << "\n";
         return 1;
     }
-    const std::string embed = std::string("\t.section ") + achost::kResourceSectionName +
-                              ",\"\",@progbits\n\t.incbin " + AssemblerString(output) +
-                              "\n\t.section .note.GNU-stack,\"\",@progbits\n";
-    if (!WriteFile(output, resources.ToImage()) || !WriteFile(assembly, embed)) {
-        std::cerr << "achost-grc: cannot write " << output << " or " << assembly << "\n";
+    Output image(output);
+    UInt32 count = 0;
+    const auto sink = [&](achost::Resource&& resource, std::string* why) {
+        ++count;
+        if (image.Write(achost::ImagePiece(resource)))
+            return true;
+        *why = image.Error();
+        return false;
+    };
+    if (!image.Write(achost::ImageHeader(0)) ||
+        !achost::CompileGrcStream(in, grc, images.empty() ? "." : images, sink, &error)) {
+        std::cerr << (error.empty() ? image.Error() : error) << "\n";
+        return 1;
+    }
+    const std::string header = achost::ImageHeader(count);
+    if (!image.Write(header.substr(achost::kImageCountOffset), achost::kImageCountOffset) ||
+        !image.Commit()) {
+        std::cerr << image.Error() << "\n";
+        return 1;
+    }
+    Output embedding(assembly);
+    embedding.Write(std::string("\t.section ") + achost::kResourceSectionName +
+                    ",\"\",@progbits\n\t.incbin " + AssemblerString(output) +
+                    "\n\t.section .note.GNU-stack,\"\",@progbits\n");
+    if (!embedding.Commit()) {
+        std::cerr << embedding.Error() << "\n";
         return 1;
     }
     return 0;

@@ -44,6 +44,22 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     }
 }
 
+// Without its resources an add-on's registration fails; the host says why, not only the code.
+TEST_F(HostTest, NamesAnAddonThatCarriesNoResources) {
+    xn_test::TempFolder temp;
+    const std::string stripped = temp.PathOf("stripped.so");
+    std::string output;
+    ASSERT_EQ(0, xn_test::RunProgram(
+                     "objcopy --remove-section .achost.resources " FIXTURE_GOOD " " + stripped, &output));
+    achost::Host host(xn_test::StrictOptions());
+    std::string error;
+    EXPECT_FALSE(host.Start(stripped, &error));
+    EXPECT_EQ("RegisterInterface of " + stripped +
+                  " failed with error 0x81060065: the add-on carries no resources (its library has no "
+                  ".achost.resources section), so none of its menus and texts exist",
+              error);
+}
+
 TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
     achost::Host host(xn_test::StrictOptions());
     Start(host);

@@ -6,9 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <functional>
 #include <sys/wait.h>
 
 namespace {
+
+using namespace std::string_literals;
 
 bool Compile(const std::string& text, achost::ResourceSet* set, std::string* error) {
     return achost::CompileGrcText(text, "t.grc", FIXTURE_IMAGES, set, error);
@@ -16,7 +20,7 @@ bool Compile(const std::string& text, achost::ResourceSet* set, std::string* err
 
 TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
     const struct {
-        const char* text;
+        std::string text;
         std::string error;
     } cases[] = {
         {"'STR#' 1 \"d\" {\n \"abc\n}", "t.grc:2: unterminated string"},
@@ -44,6 +48,14 @@ TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
         {"'DLGH' 1 Anchor { 1 \"tip\" }", "t.grc:1: 'DLGH' entries are <item> \"tooltip\" <name>"},
         {"'STR#' 1 \"d\" { \"a\\q\" }", "t.grc:1: unknown escape '\\q' in string"},
         {"'STR#' 1 \"d\" { \"\xC3\" }", "t.grc:1: string is not valid UTF-8"},
+        {"'STR#' 1 \"d\" { \"\xED\xA0\x80\" }", "t.grc:1: string is not valid UTF-8"},     // a surrogate
+        {"'STR#' 1 \"d\" { \"\xE0\x80\xAF\" }", "t.grc:1: string is not valid UTF-8"},     // overlong
+        {"'STR#' 1 \"d\" { \"\xF4\x90\x80\x80\" }", "t.grc:1: string is not valid UTF-8"}, // > U+10FFFF
+        {"'STR#' 1 \"d\" {\n\"" + std::string(254, 'a') + "\xF0\x9F\x98\x80\" }",
+         "t.grc:2: string of 256 characters: at most 255 fit a resource string"},
+        {"#define A 1\n#define A 1\n", "t.grc:2: A is defined already, at line 1"},
+        {"\n'STR#' 1 \"d\" { \"a\0\" }"s, "t.grc:2: a NUL byte: this is not a text file"},
+        {"'STR#' 1 \"d\" { \x01 }", "t.grc:1: unexpected character '\\x01'"},
         {"#if 0\n", "t.grc:1: unsupported preprocessor line '#if'"},
         {"'STR#' 1 \"d\" { \"a\" } }", "t.grc:1: expected a resource type like 'STR#', found '}'"},
     };
@@ -54,6 +66,9 @@ TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
         EXPECT_FALSE(Compile(c.text, &set, &error));
         EXPECT_EQ(c.error, error);
     }
+    achost::ResourceSet set;
+    std::string error;
+    EXPECT_TRUE(Compile("'STR#' 1 \"d\" { \"" + std::string(255, 'a') + "\" }", &set, &error)) << error;
 }
 
 const char kGood[] =
@@ -103,12 +118,45 @@ TEST(ResourceCompilerTest, ImageRoundTripsAndRefusesEveryTruncation) {
     EXPECT_FALSE(achost::ResourceSet::FromImage(image + "x", &back));
 }
 
+// An image is checked as the compiler checks its text: the host never builds a dialog or copies a
+// string the compiler would have refused.
+TEST(ResourceCompilerTest, ImageWithABrokenResourceIsRefusedWithTheReason) {
+    achost::ResourceSet set;
+    std::string error;
+    ASSERT_TRUE(Compile(kGood, &set, &error)) << error;
+    const struct {
+        const char* name;
+        std::function<void(achost::Resource&)> breakIt;
+        std::string problem;
+    } rows[] = {
+        {"GDLG", [](achost::Resource& r) { r.body.insert(r.body.begin(), std::vector<achost::ResToken>()); },
+         "'GDLG' 32734: an empty dialog item line"},
+        {"STR#", [](achost::Resource& r) { r.body[0][0].text.assign(1200, 'x'); },
+         "'STR#' 32510 (line 4): string of 1200 characters: at most 255 fit a resource string"},
+        {"GICN", [](achost::Resource& r) { r.data = "GIF89a"; },
+         "'GICN' 32600 (line 6): the icon's image is not a PNG file"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        achost::ResourceSet broken, back;
+        for (const auto& [key, resource] : set.All()) {
+            achost::Resource copy = resource;
+            if (achost::ResTypeName(copy.type) == row.name)
+                row.breakIt(copy);
+            broken.Add(std::move(copy));
+        }
+        std::string problem;
+        EXPECT_FALSE(achost::ResourceSet::FromImage(broken.ToImage(), &back, &problem));
+        EXPECT_EQ(row.problem, problem);
+    }
+}
+
 class ResourceToolTest : public xn_test::TempFolderTest {
 protected:
-    int Run(const std::string& grc, std::string* output) {
+    int Run(const std::string& grc, std::string* output, const std::string& image = "") {
         const std::string command = std::string(ACHOST_GRC_TOOL) + " " + grc + " --images " FIXTURE_IMAGES +
-                                    " --output " + temp.PathOf("r.bin") + " --asm " + temp.PathOf("r.S") +
-                                    " 2>&1";
+                                    " --output " + (image.empty() ? temp.PathOf("r.bin") : image) +
+                                    " --asm " + temp.PathOf("r.S") + " 2>&1";
         FILE* pipe = popen(command.c_str(), "r");
         char buffer[512];
         while (fgets(buffer, sizeof buffer, pipe) != nullptr)
@@ -117,12 +165,27 @@ protected:
     }
 };
 
+// A failure names the file at fault and leaves no output behind, not even a part of one.
 TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLine) {
-    const std::string bad = temp.PathOf("bad.grc");
+    const std::string bad = temp.PathOf("bad.grc"), good = temp.PathOf("good.grc");
     xn_test::TempFolder::Write(bad, "'STR#' 1 \"d\" {\n  \"ok\"\n  \"broken\n}\n");
-    std::string output;
-    EXPECT_EQ(1, Run(bad, &output));
-    EXPECT_EQ(bad + ":3: unterminated string\n", output);
+    xn_test::TempFolder::Write(good, "'STR#' 1 \"d\" { \"ok\" }\n");
+    const struct {
+        std::string grc, image, message;
+    } rows[] = {
+        {bad, "", bad + ":3: unterminated string\n"},
+        {temp.Path(), "", temp.Path() + ":0: is a folder, not a resource file\n"},
+        {good, temp.PathOf("none/r.bin"),
+         "achost-grc: " + temp.PathOf("none/r.bin") + ": cannot create it: No such file or directory\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.grc);
+        std::string output;
+        EXPECT_EQ(1, Run(row.grc, &output, row.image));
+        EXPECT_EQ(row.message, output);
+        const auto entries = std::filesystem::directory_iterator(temp.Path());
+        EXPECT_EQ(2, std::distance(begin(entries), end(entries))); // the two sources only
+    }
 }
 
 TEST_F(ResourceToolTest, WritesTheImageAndItsEmbedding) {

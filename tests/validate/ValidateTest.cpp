@@ -70,6 +70,11 @@ TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
          "menus",
          1,
          {"FAIL menus", "hung: no verdict within 2.00 s (while menu 32500 2)"}},
+        {"exception out of a command",
+         BROKEN_THROWS,
+         "menus",
+         1,
+         {"FAIL menus", "threw an exception (fixture failure) out of menu command 32500 item 2"}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -92,6 +97,31 @@ TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
         const std::regex time(" \\(\\d+\\.\\d+ s\\)");
         EXPECT_EQ(std::regex_replace(LineAfter(output, "  seen: "), time, ""),
                   std::regex_replace(LineAfter(again, "  seen: "), time, ""));
+    }
+}
+
+// A session that meets a broken add-on ends naming the add-on, the call and what happened.
+TEST_F(ValidateTest, AchostNamesTheAddonAndTheCallThatFailed) {
+    const struct {
+        const char* addon;
+        const char* actions;
+        std::string seen;
+    } rows[] = {
+        {BROKEN_CRASHES_IN_DIALOG, "menu 1\\nclick 2",
+         "crashed (SIGSEGV) during the callback of dialog 32600 (message 4, item 2), within menu command "
+         "32500 item 1"},
+        {BROKEN_THROWS, "menu 2", "threw an exception (fixture failure) out of menu command 32500 item 2"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.addon);
+        std::string output;
+        const int status = RunProgram(std::string("exec 2>&1; printf '") + row.actions +
+                                          "\\n' | " ACHOST " --script - " + row.addon + " 2>&1",
+                                      &output);
+        EXPECT_NE(0, status);
+        EXPECT_NE(std::string::npos,
+                  output.find("achost: the add-on " + std::string(row.addon) + " " + row.seen))
+            << output;
     }
 }
 

@@ -61,6 +61,14 @@ struct Menu {
     GSFlags menuFlags = 0;
 };
 
+// The exit status of a process whose add-on let an exception escape into the host.
+constexpr int kAddonFaultStatus = 3;
+
+// Makes a crash in the add-on's code (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT) print which add-on
+// and which of its calls (entry point, menu command, dialog callback, run-loop callback) was running,
+// before the signal takes its course as it would have without the report. For a program's main().
+GS_HOST_EXPORT void InstallCrashReport();
+
 class GS_HOST_EXPORT Host {
 public:
     explicit Host(HostOptions options = {});

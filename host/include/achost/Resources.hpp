@@ -51,14 +51,37 @@ public:
     // String `index` (1-based) of 'STR#' id, or nothing.
     std::optional<std::string> String(GSResID id, Int32 index) const;
 
-    // The binary image embedded in an add-on; FromImage is false for anything that is not a
-    // complete image (a truncated or foreign one included).
+    // The binary image embedded in an add-on. FromImage is false for anything that is not a
+    // complete image (a truncated or foreign one included) or holds a resource that breaks the rules
+    // of CheckResource; `problem`, when given, then says what is wrong.
     std::string ToImage() const;
-    static bool FromImage(const std::string& image, ResourceSet* result);
+    static bool FromImage(const std::string& image, ResourceSet* result, std::string* problem = nullptr);
 
 private:
     std::map<std::pair<GSResType, GSResID>, Resource> resources;
 };
+
+// The image written piece by piece, for a writer that holds one resource at a time: the header
+// with the number of resources that follow, then each resource's piece, in any order.
+GS_HOST_EXPORT std::string ImageHeader(UInt32 count);
+GS_HOST_EXPORT std::string ImagePiece(const Resource& resource);
+// Where the header's count lies in an image, for a writer that learns it at the end.
+constexpr size_t kImageCountOffset = 8;
+
+// What is wrong with a resource: the GRC line of the token at fault (0 when no token is), and why.
+struct ResourceProblem {
+    int line = 0;
+    std::string message;
+};
+
+// The rules of each resource type that the host relies on when it serves an add-on: 'STR#' lists
+// of strings of at most API_ResStringMaxLength characters, 'GDLG' dialogs with a kind, a frame, a
+// title and well-formed item lines, 'DLGH' help entries, one 'MDID' of two 32-bit numbers, 'GICN'
+// icons with PNG bytes in `data`. False, with the problem, for the first rule broken.
+GS_HOST_EXPORT bool CheckResource(const Resource& resource, ResourceProblem* problem);
+
+// How many UTF-16 units the UTF-8 text takes.
+GS_HOST_EXPORT size_t Utf16Length(const std::string& utf8);
 
 // Name of the ELF section of an add-on that holds its resource image.
 constexpr const char* kResourceSectionName = ".achost.resources";

@@ -5,6 +5,7 @@
 
 #include "Location.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <iostream>
 
@@ -101,12 +102,17 @@ bool CopyString(const char* call, short resID, short index, GSResModule module, 
     return found.has_value();
 }
 
-// The 8-bit forms: the UTF-8 text as it is, NUL-terminated.
+// The 8-bit forms: the UTF-8 text, NUL-terminated, cut at a character boundary to fit the room the
+// header promises.
 bool CopyNarrowString(const char* call, char* str, short resID, short index, GSResModule module) {
     std::string text;
     if (str == nullptr || !CopyString(call, resID, index, module, &text))
         return false;
-    std::memcpy(str, text.c_str(), text.size() + 1);
+    size_t size = std::min<size_t>(text.size(), API_ResStringBufferLen - 1);
+    while (size < text.size() && size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+        --size;
+    std::memcpy(str, text.data(), size);
+    str[size] = '\0';
     return true;
 }
 
@@ -267,7 +273,12 @@ bool ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index, GSRes
     if (str == nullptr || !CopyString("ACAPI_Resource_GetLocUStr", resID, index, resModule, &text))
         return false;
     const GS::UniString unicode(text.c_str(), CC_UTF8);
-    std::memcpy(str, unicode.ToUStr(), (unicode.GetLength() + 1) * sizeof(GS::uchar_t));
+    const GS::uchar_t* units = unicode.ToUStr();
+    size_t length = std::min<size_t>(unicode.GetLength(), API_ResStringMaxLength);
+    if (length < unicode.GetLength() && units[length - 1] >= 0xD800 && units[length - 1] <= 0xDBFF)
+        --length; // a surrogate pair is not split
+    std::memcpy(str, units, length * sizeof(GS::uchar_t));
+    str[length] = 0;
     return true;
 }
 

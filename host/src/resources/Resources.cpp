@@ -133,25 +133,37 @@ std::optional<std::string> ResourceSet::String(GSResID id, Int32 index) const {
     return (*strings)[static_cast<size_t>(index) - 1];
 }
 
-std::string ResourceSet::ToImage() const {
+std::string ImageHeader(UInt32 count) {
     Writer w;
     w.Raw(kMagic, 4);
     w.U32(kFormatVersion);
-    w.U32(static_cast<UInt32>(resources.size()));
-    for (const auto& entry : resources) {
-        const Resource& res = entry.second;
-        w.U32(res.type);
-        w.I64(res.id);
-        w.Tokens(res.header);
-        w.U32(static_cast<UInt32>(res.body.size()));
-        for (const auto& line : res.body)
-            w.Tokens(line);
-        w.Text(res.data);
-    }
+    w.U32(count);
     return w.out;
 }
 
-bool ResourceSet::FromImage(const std::string& image, ResourceSet* result) {
+std::string ImagePiece(const Resource& res) {
+    Writer w;
+    w.U32(res.type);
+    w.I64(res.id);
+    w.Tokens(res.header);
+    w.U32(static_cast<UInt32>(res.body.size()));
+    for (const auto& line : res.body)
+        w.Tokens(line);
+    w.Text(res.data);
+    return w.out;
+}
+
+std::string ResourceSet::ToImage() const {
+    std::string image = ImageHeader(static_cast<UInt32>(resources.size()));
+    for (const auto& entry : resources)
+        image += ImagePiece(entry.second);
+    return image;
+}
+
+bool ResourceSet::FromImage(const std::string& image, ResourceSet* result, std::string* problem) {
+    std::string ignored;
+    std::string& why = problem != nullptr ? *problem : ignored;
+    why = "the resource image is truncated or not one this host writes";
     Reader r(image);
     char magic[4] = {};
     UInt32 version = 0, count = 0;
@@ -161,11 +173,23 @@ bool ResourceSet::FromImage(const std::string& image, ResourceSet* result) {
     ResourceSet set;
     for (UInt32 k = 0; k < count; ++k) {
         Resource res;
-        if (!ReadResource(r, &res) || !set.Add(std::move(res)))
+        if (!ReadResource(r, &res))
             return false;
+        ResourceProblem broken;
+        const std::string name = "'" + ResTypeName(res.type) + "' " + std::to_string(res.id);
+        if (!CheckResource(res, &broken)) {
+            why = name + (broken.line > 0 ? " (line " + std::to_string(broken.line) + ")" : "") + ": " +
+                  broken.message;
+            return false;
+        }
+        if (!set.Add(std::move(res))) {
+            why = name + " is there twice";
+            return false;
+        }
     }
     if (!r.AtEnd())
         return false;
+    why.clear();
     *result = std::move(set);
     return true;
 }

@@ -2,6 +2,7 @@
 // so that work the add-on scheduled on it (downloads, timers) goes on while a dialog is open. The
 // host's own handles on the loop are unreferenced: a referenced handle or request on the loop is
 // the add-on's, so a loop that is no longer alive has no transfer left.
+#include "AddonCalls.hpp"
 #include "HostImpl.hpp"
 
 #include <uv.h>
@@ -13,7 +14,7 @@ namespace {
 // Add-on code reached from the loop while the host is idle runs as a command does.
 class RunLoopPhase {
 public:
-    explicit RunLoopPhase(Host::Impl& s) : s(s), before(s.phase) {
+    explicit RunLoopPhase(Host::Impl& s) : s(s), before(s.phase), call("a run-loop callback") {
         if (before == Phase::Idle)
             s.phase = Phase::Command;
     }
@@ -24,6 +25,7 @@ public:
 private:
     Host::Impl& s;
     Phase before;
+    AddonCall call;
 };
 
 // Closes a handle that lives on the caller's stack and lets the loop finish closing it at once.

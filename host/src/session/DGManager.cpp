@@ -1,5 +1,6 @@
 // The dialog manager: dialogs built from 'GDLG' resources, the messages sent to their callbacks, the
 // modal loop and alerts.
+#include "AddonCalls.hpp"
 #include "HostImpl.hpp"
 
 #include <algorithm>
@@ -126,7 +127,10 @@ short Host::Impl::Send(short dialId, short message, short item, DGMessageData da
     const Phase before = phase;
     if (phase == Phase::Idle)
         phase = Phase::Command;
-    const short answer = view.callback(message, dialId, item, view.userData, data);
+    const short answer =
+        AddonCall::Run("the callback of dialog " + std::to_string(view.resID) + " (message " +
+                           std::to_string(message) + ", item " + std::to_string(item) + ")",
+                       [&] { return view.callback(message, dialId, item, view.userData, data); });
     phase = before;
     return answer;
 }

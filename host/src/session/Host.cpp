@@ -1,3 +1,4 @@
+#include "AddonCalls.hpp"
 #include "HostImpl.hpp"
 
 #include "achost/ElfFile.hpp"
@@ -106,7 +107,7 @@ bool Host::Impl::Initialize(std::string* error) {
     ++loadCount;
     keepInMemory = false;
     phase = Phase::Initialize;
-    const GSErrCode result = entries.initialize();
+    const GSErrCode result = AddonCall::Run("Initialize", [&] { return entries.initialize(); });
     phase = Phase::Idle;
     if (result != NoError) {
         *error = "Initialize of " + path + " failed with error " + Hex(result);
@@ -131,7 +132,7 @@ void Host::Impl::Unload() {
         return;
     CloseAllDialogs();
     phase = Phase::FreeData;
-    entries.freeData();
+    AddonCall::Run("FreeData", [&] { return entries.freeData(); });
     handlers.clear();
     Close();
     // A library that stays mapped keeps its statics, so the next load would not start afresh.
@@ -170,9 +171,10 @@ bool Host::Start(const std::string& path, std::string* error) {
     ElfFile file;
     if (!file.Open(path, error))
         return false;
-    std::string image;
-    if (file.Section(kResourceSectionName, &image) && !ResourceSet::FromImage(image, &s.resources)) {
-        *error = "the resources embedded in " + path + " are damaged";
+    std::string image, problem;
+    const bool hasResources = file.Section(kResourceSectionName, &image);
+    if (hasResources && !ResourceSet::FromImage(image, &s.resources, &problem)) {
+        *error = "the resources embedded in " + path + " are damaged: " + problem;
         return false;
     }
     if (!s.Open(error))
@@ -182,7 +184,9 @@ bool Host::Start(const std::string& path, std::string* error) {
     ACAPI_GetReleaseNumber(&envir.serverInfo);
     envir.serverInfo.serverApplication = s.options.hostKind;
     s.phase = Phase::CheckEnvironment;
-    const API_AddonType type = s.entries.checkEnvironment(&envir);
+    AddonCall::SetAddon(path);
+    const API_AddonType type =
+        AddonCall::Run("CheckEnvironment", [&] { return s.entries.checkEnvironment(&envir); });
     s.phase = Phase::Idle;
     s.name.assign(envir.addOnInfo.name, strnlen(envir.addOnInfo.name, sizeof envir.addOnInfo.name));
     s.description.assign(envir.addOnInfo.description,
@@ -193,10 +197,14 @@ bool Host::Start(const std::string& path, std::string* error) {
         return false;
     }
     s.phase = Phase::RegisterInterface;
-    const GSErrCode registered = s.entries.registerInterface();
+    const GSErrCode registered =
+        AddonCall::Run("RegisterInterface", [&] { return s.entries.registerInterface(); });
     s.phase = Phase::Idle;
     if (registered != NoError) {
         *error = "RegisterInterface of " + path + " failed with error " + Hex(registered);
+        if (!hasResources)
+            *error += ": the add-on carries no resources (its library has no " +
+                      std::string(kResourceSectionName) + " section), so none of its menus and texts exist";
         s.Close();
         s.menus.clear();
         return false;
@@ -250,7 +258,8 @@ bool Host::ChooseMenuItem(short menuResID, Int32 itemIndex, std::string* error) 
         params.menuItemRef.menuResID = menuResID;
         params.menuItemRef.itemIndex = itemIndex;
         s.phase = Phase::Command;
-        handler->second(&params);
+        AddonCall::Run("menu command " + std::to_string(menuResID) + " item " + std::to_string(itemIndex),
+                       [&] { return handler->second(&params); });
         s.phase = Phase::Idle;
     }
     if (!s.keepInMemory) {
