@@ -6,9 +6,12 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -254,6 +257,32 @@ int CreateTemporary(const std::string& folder, const std::string& base, std::str
     return -1;
 }
 
+// Removes the temporary files that saves of `base` in `folder` left when their process died before
+// the rename: those whose writer (the process ID in the name) no longer exists. Another writer's
+// save in progress is left alone.
+void RemoveAbandonedTemporaries(const std::string& folder, const std::string& base) {
+    DIR* dir = opendir(folder.c_str());
+    if (dir == nullptr)
+        return;
+    const std::string prefix = "." + base + ".";
+    while (const dirent* entry = readdir(dir)) {
+        const char* name = entry->d_name;
+        if (std::strncmp(name, prefix.c_str(), prefix.size()) != 0)
+            continue;
+        char* end = nullptr;
+        const long pid = std::strtol(name + prefix.size(), &end, 10);
+        if (end == name + prefix.size() || *end != '.' || pid <= 0 || pid == getpid())
+            continue;
+        const char* counter = end + 1;
+        std::strtoul(counter, &end, 10);
+        if (end == counter || std::strcmp(end, ".tmp") != 0)
+            continue;
+        if (kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH)
+            unlinkat(dirfd(dir), name, 0);
+    }
+    closedir(dir);
+}
+
 // Overwrites the file itself: for a folder that takes no new file, or a file whose owner a new
 // file could not keep. Not atomic, like any write in place.
 bool WriteInPlace(const std::string& target, const std::string& bytes, std::string* why) {
@@ -297,7 +326,8 @@ bool WriteAndRename(int fd, const std::string& temporary, const std::string& tar
 // Replaces the file at `path` by `bytes`, keeping it as it was, only newer: a symbolic link stays a
 // link (its target is written), mode and owner stay. The bytes go to a temporary file beside the
 // target, which is synced and renamed over it, so a crash leaves the old file or the new one; the
-// folder is synced after. A file the user may not write, or that is not a regular file, is refused.
+// folder is synced after, and what earlier saves cut short by a crash left there is removed. A file
+// the user may not write, or that is not a regular file, is refused.
 bool ReplaceFile(const std::string& path, const std::string& bytes, std::string* why) {
     if (path.empty())
         return Failed(why, "no path");
@@ -335,6 +365,7 @@ bool ReplaceFile(const std::string& path, const std::string& bytes, std::string*
         fsync(folderFd);
         close(folderFd);
     }
+    RemoveAbandonedTemporaries(folder, base);
     return true;
 }
 

@@ -74,6 +74,11 @@ bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mus
         Fail(ToUtf8(file) + ": cannot read the file: " + report.reason);
     else if (status != XN_SettingsFile_OK)
         Fail(ToUtf8(file) + ": " + report.reason);
+    struct stat info;
+    if (status == XN_SettingsFile_Malformed && stat(ToUtf8(file).c_str(), &info) == 0 &&
+        static_cast<unsigned long long>(info.st_size) > XN_SETTINGS_IMAGE_MAX)
+        Fail("the file is " + std::to_string(info.st_size) + " bytes: only its first " +
+             std::to_string(XN_SETTINGS_IMAGE_MAX) + " are read, as by every add-on of the suite");
     if (status == XN_SettingsFile_Malformed)
         Fail("an add-on that loads this file first keeps a copy of it as " +
              ToUtf8(XN_SettingsFile_CopyName(file)) + ", then writes back only the records before the fault");
