@@ -91,11 +91,12 @@ bool Host::Impl::Open(std::string* error) {
         return false;
     }
     std::string missing;
-    const bool complete = Resolve(handle, "CheckEnvironment", &entries.checkEnvironment, &missing) &
-                          Resolve(handle, "RegisterInterface", &entries.registerInterface, &missing) &
-                          Resolve(handle, "Initialize", &entries.initialize, &missing) &
-                          Resolve(handle, "FreeData", &entries.freeData, &missing);
-    if (!complete) {
+    // Every entry point is looked up, so that the message names all that are missing.
+    int found = Resolve(handle, "CheckEnvironment", &entries.checkEnvironment, &missing);
+    found += Resolve(handle, "RegisterInterface", &entries.registerInterface, &missing);
+    found += Resolve(handle, "Initialize", &entries.initialize, &missing);
+    found += Resolve(handle, "FreeData", &entries.freeData, &missing);
+    if (found != 4) {
         *error = path + " is not an add-on: it does not export " + missing;
         Close();
         return false;
