@@ -6,10 +6,12 @@
 #include "achost/ElfFile.hpp"
 #include "achost/Faults.hpp"
 #include "achost/Probes.hpp"
+#include "achost/UpdateServer.hpp"
 
 #include <arpa/inet.h>
 #include <malloc.h>
 #include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -287,17 +289,40 @@ void CheckLifecycle(CheckContext& context) {
     context.report.Note(std::to_string(cycles) + " load/unload cycles");
 }
 
+// A network that answers: an HTTP server on this machine that every request of the add-on reaches
+// (through http_proxy) and that serves an empty folder, so every file is a 404 page. What an add-on
+// shows after a transfer that completes is then seen too.
+struct AnsweringNetwork {
+    explicit AnsweringNetwork(CheckContext& context) {
+        const std::string folder = context.work + "/served";
+        std::error_code ignored;
+        fs::create_directories(folder, ignored);
+        std::string error;
+        if (server.Start(folder, &error))
+            UseHttpProxy(server.Address());
+        else
+            context.report.Note("no answering network: " + error);
+    }
+    UpdateServer server;
+};
+
+// A command, then the transfers it started, so that what they show is part of the command.
+std::deque<std::string> CommandAndItsTransfers(const std::string& line) {
+    return {line, "wait download"};
+}
+
 void CheckMenus(CheckContext& context) {
     CheckedHost checked(context);
     Host& host = checked.host;
     const long handles = LiveHandleCount();
+    AnsweringNetwork network(context);
     if (!checked.Start())
         return;
     Walker walker(context.report);
     const std::vector<std::string> every = EveryCommand(host);
     // One session per command, so that a crash or a hang names the command.
     for (const std::string& line : every) {
-        walker.idle.assign(1, line);
+        walker.idle = CommandAndItsTransfers(line);
         context.report.Step(line);
         RunSession(host, walker);
     }
@@ -311,7 +336,7 @@ void CheckMenus(CheckContext& context) {
                 context.report.Fail(error);
                 return;
             }
-            walker.idle.assign(1, line);
+            walker.idle = CommandAndItsTransfers(line);
             RunSession(host, walker);
             ++firstCommands;
         }
@@ -326,6 +351,7 @@ void CheckDialogs(CheckContext& context) {
     CheckedHost checked(context);
     Host& host = checked.host;
     const long handles = LiveHandleCount();
+    AnsweringNetwork network(context);
     if (!checked.Start())
         return;
     // Which command opens which dialog, and how each can be closed.
@@ -342,7 +368,7 @@ void CheckDialogs(CheckContext& context) {
         return std::string();
     };
     for (const std::string& line : EveryCommand(host)) {
-        finder.idle.assign(1, line);
+        finder.idle = CommandAndItsTransfers(line);
         context.report.Step("looking for dialogs: " + line);
         RunSession(host, finder);
     }
@@ -370,7 +396,7 @@ void CheckDialogs(CheckContext& context) {
             context.report.Step("dialog " + std::to_string(resID) + " opened by " + opened.second +
                                 ", closed by " + path);
             for (int i = 0; i < openings && closes; ++i) {
-                walker.idle.assign(1, opened.second);
+                walker.idle = CommandAndItsTransfers(opened.second);
                 RunSession(host, walker);
                 if (host.FrontDialog() != nullptr && host.FrontDialog()->resID == resID &&
                     host.FrontDialog()->kind != DialogKind::Modal) {
@@ -425,6 +451,12 @@ void RandomPerson(Walker& walker, std::mt19937_64& random, const std::string& wo
     };
 }
 
+// A file named as temporary ("*.tmp": a download in progress, a save under way) is the add-on's to
+// remove; its going is no loss.
+bool IsTemporaryName(const std::string& name) {
+    return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".tmp") == 0;
+}
+
 void CheckSessions(CheckContext& context) {
     CheckedHost checked(context);
     Host& host = checked.host;
@@ -433,6 +465,7 @@ void CheckSessions(CheckContext& context) {
     const long length = 20 + 10 * context.options.strictness;
     const long handles = LiveHandleCount();
     const int closed = ClosedPort(), silent = SilentPort();
+    AnsweringNetwork answering(context);
     const std::string shared = SharedFolderOf(context);
     std::map<std::string, std::string> kept;
     int faults = 0;
@@ -466,11 +499,15 @@ void CheckSessions(CheckContext& context) {
             fault = "file operation " + std::to_string(operation) + " call " + std::to_string(call) +
                     " failing with error " + std::to_string(code);
         }
-        const bool slow = random() % 2 == 0;
-        UseProxy(slow ? silent : closed);
+        static const char* const kNetworks[] = {"down", "silent", "answering"};
+        const unsigned network = static_cast<unsigned>(random() % 3);
+        if (network == 2)
+            UseHttpProxy(answering.server.Address());
+        else
+            UseProxy(network == 1 ? silent : closed);
         faults += kind != 0 ? 1 : 0;
         context.report.Step("session " + std::to_string(session) + " of " + std::to_string(sessions) + ", " +
-                            fault + ", network " + (slow ? "silent" : "down"));
+                            fault + ", network " + kNetworks[network]);
         std::string error;
         if (!host.Start(context.options.addon, &error)) {
             if (kind == 0) {
@@ -499,7 +536,9 @@ void CheckSessions(CheckContext& context) {
                 return;
             }
         if (session == 0)
-            kept = now;
+            for (const auto& file : now)
+                if (!IsTemporaryName(file.first))
+                    kept.insert(file);
     }
     context.report.Note(std::to_string(sessions) + " sessions, " + std::to_string(faults) + " with faults");
 }
@@ -626,7 +665,8 @@ const std::vector<Check>& Catalogue() {
         {"menus", "every command of every menu; no missing string and no empty item shown", CheckMenus},
         {"dialogs", "each dialog opened and closed many times through every way to close it", CheckDialogs},
         {"sessions",
-         "random sessions under failing files, memory and network: no crash, hang, leak or lost file",
+         "random sessions under failing files and memory, the network down, silent or answering: no crash, "
+         "hang, leak or lost file",
          CheckSessions},
         {"settings", "the shared settings file keeps every other add-on's record byte for byte",
          CheckSettings},

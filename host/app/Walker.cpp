@@ -61,7 +61,8 @@ void Walker::Inspect(const Host& host) {
     for (const Dialog* dialog : host.Dialogs()) {
         if (instancesSeen.insert(dialog->id).second) {
             ++dialogsSeen[dialog->resID];
-            openers.emplace(dialog->resID, running.empty() ? std::string() : running.front());
+            // Seen between actions: made by the one that just ended (a modeless dialog made hidden).
+            openers.emplace(dialog->resID, running.empty() ? lastDone : running.front());
         }
         // A dialog is looked at once, when it is first shown (a modeless one may wait hidden).
         if (!dialog->visible || !instancesShown.insert(dialog->id).second)
@@ -138,6 +139,8 @@ bool Walker::NextAction(const Host& host, Action* action) {
 }
 
 bool Walker::Outcome(const Action& /*action*/, bool ok, const std::string& /*message*/) {
+    if (running.size() == 1)
+        lastDone = running.back();
     if (!running.empty())
         running.pop_back();
     refused += ok ? 0 : 1;

@@ -49,6 +49,7 @@ private:
 
     Reporter& report;
     std::vector<std::string> running; // actions being carried out, outermost first
+    std::string lastDone;             // the outermost action that ended last
     std::set<short> instancesSeen;    // dialog instances (their run-time IDs) already counted
     std::set<short> instancesShown;   // and already looked at
     std::set<std::string> problems;
