@@ -79,24 +79,5 @@ short CDlgAbout::MsgClick(short item) {
 short DGCALLBACK CDlgAbout::Callback(short message, short dialId, short item, DGUserData userData,
                                      DGMessageData /*msgData*/) {
     CDlgAbout& dialog = *reinterpret_cast<CDlgAbout*>(userData);
-    try {
-        switch (message) {
-        case DG_MSG_INIT:
-            dialog.dialogId = dialId;
-            dialog.SetItems();
-            DGSetDialogSize(dialId, DG_CLIENT, kWidth, kHeight, DG_TOPLEFT, true);
-            DGSetFocus(dialId, DG_NO_ITEM);
-            return 0;
-        case DG_MSG_CLICK:
-            return dialog.MsgClick(item);
-        case DG_MSG_CLOSE:
-            dialog.dialogId = 0;
-            return 0;
-        default:
-            return 0;
-        }
-    } catch (...) {
-        // Memory ran out: the click does nothing, and the host never sees the exception.
-        return 0;
-    }
+    return XN_Dialog::ModalMessage(dialog, dialog.dialogId, message, dialId, item, kWidth, kHeight);
 }

@@ -161,24 +161,5 @@ bool CDlgInfo::WriteData(XN_Location& file, XN_List<XN_String>& lines) {
 short DGCALLBACK CDlgInfo::Callback(short message, short dialId, short item, DGUserData userData,
                                     DGMessageData /*msgData*/) {
     CDlgInfo& dialog = *reinterpret_cast<CDlgInfo*>(userData);
-    try {
-        switch (message) {
-        case DG_MSG_INIT:
-            dialog.dialogId = dialId;
-            dialog.SetItems();
-            DGSetDialogSize(dialId, DG_CLIENT, kWidth, kHeight, DG_TOPLEFT, true);
-            DGSetFocus(dialId, DG_NO_ITEM);
-            return 0;
-        case DG_MSG_CLICK:
-            return dialog.MsgClick(item);
-        case DG_MSG_CLOSE:
-            dialog.dialogId = 0;
-            return 0;
-        default:
-            return 0;
-        }
-    } catch (...) {
-        // Memory ran out: the click does nothing, and the host never sees the exception.
-        return 0;
-    }
+    return XN_Dialog::ModalMessage(dialog, dialog.dialogId, message, dialId, item, kWidth, kHeight);
 }

@@ -3,6 +3,7 @@
 // thread and returns once the user has answered.
 #pragma once
 
+#include "DG.h"
 #include "FileTypeManager.hpp"
 #include "XN_List.hpp"
 #include "XN_Location.hpp"
@@ -19,6 +20,35 @@ public:
     // with its first character lowered (`lowerFirst`) or raised. An empty text or separator gives "".
     static XN_String SetPrefixString(const XN_String& text, bool isError, const XN_String& separator,
                                      bool lowerFirst);
+
+    // The messages of the suite's modal dialog classes (CDlgAbout, CDlgInfo), answered alike: the
+    // init message remembers the dialog's id in `dialogId`, fills the dialog (SetItems), sizes its
+    // client area to `width` by `height` and focuses no item; a click answers MsgClick(item) (the
+    // item closes the dialog, 0 keeps it open); the close message forgets the id. Memory running out
+    // in the add-on's code makes the message do nothing: no exception reaches the host.
+    template <class Dialog>
+    static short ModalMessage(Dialog& dialog, short& dialogId, short message, short dialId, short item,
+                              short width, short height) {
+        try {
+            switch (message) {
+            case DG_MSG_INIT:
+                dialogId = dialId;
+                dialog.SetItems();
+                DGSetDialogSize(dialId, DG_CLIENT, width, height, DG_TOPLEFT, true);
+                DGSetFocus(dialId, DG_NO_ITEM);
+                return 0;
+            case DG_MSG_CLICK:
+                return dialog.MsgClick(item);
+            case DG_MSG_CLOSE:
+                dialogId = 0;
+                return 0;
+            default:
+                return 0;
+            }
+        } catch (...) {
+            return 0;
+        }
+    }
 
     // Save-file dialogs (XN_SaveFile.cpp) -------------------------------------------------------
 

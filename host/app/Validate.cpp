@@ -435,16 +435,23 @@ std::string Quoted(const std::string& text) {
     return quoted + "\"";
 }
 
-int ClosedPort() {
+int LoopbackPort(bool silent) {
     const int s = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     bind(s, reinterpret_cast<sockaddr*>(&address), size);
+    if (silent)
+        listen(s, 64); // the socket stays open for the life of the process
     getsockname(s, reinterpret_cast<sockaddr*>(&address), &size);
-    close(s);
+    if (!silent)
+        close(s);
     return ntohs(address.sin_port);
+}
+
+int ClosedPort() {
+    return LoopbackPort(false);
 }
 
 void UseProxy(int port) {

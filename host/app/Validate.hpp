@@ -59,7 +59,10 @@ struct Check {
 // `text` in double quotes, quotes and backslashes escaped, as texts are shown in scripts.
 std::string Quoted(const std::string& text);
 
-// A local port nobody listens on: connections are refused, as when the network is down.
+// A port of 127.0.0.1. Silent: a socket there takes connections and never answers, as a slow or
+// stuck network does. Otherwise nobody listens on it: connections are refused, as when the network
+// is down.
+int LoopbackPort(bool silent);
 int ClosedPort();
 // Sends every HTTP request of this process through a proxy on the local `port`.
 void UseProxy(int port);

@@ -416,15 +416,7 @@ void CheckDialogs(CheckContext& context) {
 // A local port that takes connections and never answers, as a slow or stuck network does. The
 // socket stays open for the life of the check's process.
 int SilentPort() {
-    const int s = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    bind(s, reinterpret_cast<sockaddr*>(&address), size);
-    listen(s, 64);
-    getsockname(s, reinterpret_cast<sockaddr*>(&address), &size);
-    return ntohs(address.sin_port);
+    return LoopbackPort(true);
 }
 
 // A person acting at random: commands, clicks, list rows, answers to file dialogs.
