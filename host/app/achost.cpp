@@ -5,6 +5,7 @@
 #include "achost/UpdateServer.hpp"
 
 #include <editline/readline.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,7 +19,7 @@ namespace {
 const char kUsage[] =
     "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
     "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
-    "              [--launch] [--script FILE] [ADDON]\n"
+    "              [--library DIR]... [--missing NAME]... [--launch] [--script FILE] [ADDON]\n"
     "       achost --list-menus [ADDON]\n"
     "       achost --help\n";
 
@@ -38,6 +39,12 @@ const char kHelp[] =
     "                        project \"FILE\" or project untitled\n"
     "  --engine NAME         a rendering engine's menu name, numbered in the order given, the first\n"
     "                        current; repeatable (default: \"Internal Engine\", \"Sketch Engine\")\n"
+    "  --library DIR         a library folder, active in the order given; repeatable (default: the folder\n"
+    "                        MVL_Library beside the add-on, when there is one). In a script: library "
+    "\"DIR\";\n"
+    "                        expect libraries \"DIR\"... checks them; at the terminal, libraries lists them\n"
+    "  --missing NAME        a library part the open project uses that no library holds; repeatable.\n"
+    "                        In a script: missing \"NAME\"\n"
     "  --launch              hand what the add-on opens to xdg-open in a script session too (a\n"
     "                        terminal session always does; a script only records it: expect opened)\n"
     "  --script FILE         run the actions and expectations of FILE, one per line, as they are read\n"
@@ -70,6 +77,7 @@ struct Arguments {
     API_ApplicationTypeID hostKind = APIAppl_ArchiCADID;
     std::string project;
     std::vector<std::string> engines;
+    std::vector<std::string> libraries, missing;
     bool launch = false;
 };
 
@@ -105,7 +113,7 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
         const std::string arg = argv[i];
         const bool takesValue = arg == "--script" || arg == "--shared-folder" || arg == "--host-kind" ||
                                 arg == "--command" || arg == "--update-folder" || arg == "--project" ||
-                                arg == "--engine";
+                                arg == "--engine" || arg == "--library" || arg == "--missing";
         if (takesValue && i + 1 >= argc) {
             *error = arg + " needs a value";
             return false;
@@ -138,6 +146,10 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
             return false;
         } else if (arg == "--engine")
             args->engines.push_back(value);
+        else if (arg == "--library")
+            args->libraries.push_back(Absolute(value));
+        else if (arg == "--missing")
+            args->missing.push_back(value);
         else if (arg == "--launch")
             args->launch = true;
         else if (arg == "--host-kind" && !ParseKind(value, &args->hostKind)) {
@@ -176,6 +188,10 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
     }
     if (args->addon.empty())
         args->addon = DefaultAddon();
+    const std::string besideAddon = args->addon.substr(0, args->addon.rfind('/') + 1) + "MVL_Library";
+    struct stat info;
+    if (args->libraries.empty() && stat(besideAddon.c_str(), &info) == 0 && S_ISDIR(info.st_mode))
+        args->libraries.push_back(Absolute(besideAddon));
     return true;
 }
 
@@ -241,8 +257,14 @@ int main(int argc, char** argv) {
     options.project = args.project;
     if (!args.engines.empty())
         options.engines = args.engines;
+    options.missing = args.missing;
     options.launch = args.launch || args.script.empty();
     achost::Host host(options);
+    for (const std::string& folder : args.libraries)
+        if (!host.AddLibrary(folder, &error)) {
+            std::cerr << "achost: --library: " << error << "\n";
+            return 2;
+        }
     if (!host.Start(args.addon, &error)) {
         std::cerr << "achost: " << error << "\n";
         return 2;

@@ -36,7 +36,8 @@ GSErrCode __ACDLL_CALL FreeData(void);
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Register_Menu(short menuStrResID, short promptStrResID,
                                                           APIMenuCodeID menuPosCode, GSFlags menuFlags);
 // Declares that the add-on carries its own object library; the host adds it read-only to the active
-// libraries. Returns NoError.
+// libraries, where 'GLIB' lists it last, located at the add-on's file, as the embedded library.
+// Returns NoError.
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Register_BuiltInLibrary(void);
 
 // Handlers and lifetime (Initialize and later) --------------------------------------------------
@@ -90,10 +91,46 @@ GS_HOST_EXPORT void __ACENV_CALL ACAPI_GetReleaseNumber(API_ServerApplicationInf
 //   'GREN': fills the API_RendEffects at par1 with the current rendering engine (par2 must be
 //           APIRendSet_EffectsID).
 //   'CREN': makes par1's rendererID the current engine; APIERR_BADID when no engine has that ID.
+//   'GLIB': replaces the contents of the GS::Array<API_LibraryInfo> at par1 with the active
+//           libraries in the host's order: the library folders in the order they were added, then
+//           the library built into the add-on (ACAPI_Register_BuiltInLibrary), if any. par2 (may be
+//           null) is an Int32* that receives the embedded library's position in the array, -1 when
+//           there is none.
+//   'ALIB': adds the folder at par1 (an IO::Location*) to the end of the active libraries and
+//           indexes its library parts (see ACAPI_LibPart_Search). IO::Folder::FolderNotFound when
+//           nothing is there, IO::Folder::NotAFolder for a file, APIERR_BADPARS for the empty
+//           location. A folder already active stays where it is and NoError is answered.
 // APIERR_BADPARS for a null par1 or another par2, APIERR_NOTSUPPORTED for a code this host does not
 // answer.
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Environment(API_EnvironmentID code, void* par1 = nullptr,
                                                         void* par2 = nullptr, void* par3 = nullptr);
+
+// Library parts (Initialize, menu commands and dialog callbacks) -----------------------------------
+//
+// The host indexes the parts of a library folder when the folder becomes active: every file whose name
+// ends in ".gsm" (in any letter case), in the folder and all its subfolders, is one part, named by
+// its file name without that ending. A part's type is named by the file's first line when that line
+// reads "! type: NAME", NAME being an API_LibTypeID name without its prefix ("Door", "Window",
+// "Object", "Lamp", ...; letter case ignored); any other first line makes the part an object
+// (APILib_ObjectID). Each part gets the next index (from 1) and keeps it for the host's life, also
+// when its folder is added again. Where two active parts share a name and a type, the one of the
+// lower index is found. Names the open project uses that no active library holds are missing
+// definitions: they have an index too, and a search for their name finds them, whatever the type
+// asked, as long as no active part has that name.
+
+// Finds the part whose name is ancestor->docu_UName (letter case ignored) and whose type is
+// ancestor->typeID (API_ZombieLibID: any type); every other member is ignored. On NoError the record is
+// filled in: index, type, names, missingDef, isPlaceable, ownerID, and a newly allocated `location`
+// that the caller deletes (the empty location for a missing definition). Nothing is allocated on an
+// error: APIERR_BADPARS for a null record, APIERR_BADNAME for an empty name or one no part has,
+// APIERR_NOTSUPPORTED when createIfMissing asks the host to make the part (this host makes none).
+// onlyPlaceable changes nothing here: every part is placeable.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_LibPart_Search(API_LibPart* ancestor, bool createIfMissing,
+                                                           bool onlyPlaceable = false);
+// Fills in the part of index libPart->index as ACAPI_LibPart_Search does (missing definitions
+// included), with a new location the caller deletes. APIERR_BADPARS for a null record,
+// APIERR_BADINDEX when no part has that index.
+GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_LibPart_Get(API_LibPart* libPart);
 
 // Add-on communication (any entry point) ----------------------------------------------------------
 

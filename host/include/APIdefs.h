@@ -6,4 +6,5 @@
 #include "APIdefs_Environment.h"
 #include "APIdefs_ErrorCodes.h"
 #include "APIdefs_Interface.h"
+#include "APIdefs_LibraryParts.h"
 #include "APIdefs_Registration.h"

@@ -2,6 +2,9 @@
 #pragma once
 
 #include "APIdefs_Base.h"
+#include "Array.hpp"
+#include "Location.hpp"
+#include "UniString.hpp"
 
 // The kind of host application. The CAD application is 0 in this release: an add-on registers
 // only when this is the value it finds.
@@ -39,14 +42,10 @@ typedef enum {
     APIEnv_ProjectID = 'PROJ',          // par1 API_ProjectInfo* (out)
     APIEnv_GetRenderingSetsID = 'GREN', // par1 API_RendEffects* (out), par2 (void*) APIRendSet_EffectsID
     APIEnv_ChangeRenderingSetsID =
-        'CREN', // par1 const API_RendEffects* (in), par2 (void*) APIRendSet_EffectsID
-    APIEnv_GetLibrariesID = 'GLIB',
-    APIEnv_AddLibrariesID = 'ALIB'
+        'CREN',                     // par1 const API_RendEffects* (in), par2 (void*) APIRendSet_EffectsID
+    APIEnv_GetLibrariesID = 'GLIB', // par1 GS::Array<API_LibraryInfo>* (out), par2 Int32* (out, may be null)
+    APIEnv_AddLibrariesID = 'ALIB'  // par1 const IO::Location* (in): a folder
 } API_EnvironmentID;
-
-namespace IO {
-class Location;
-}
 
 // The open project. The caller clears the record; the host fills it and allocates the locations
 // with new: the caller deletes them (both may be set).
@@ -69,3 +68,10 @@ typedef struct {
     bool useBkgAlpha;
     bool filler_1[7];
 } API_RendEffects;
+
+// One active library of 'GLIB': where it is and the name the host shows for it (its folder's name,
+// or the add-on's name for the library built into an add-on).
+struct API_LibraryInfo {
+    IO::Location location;
+    GS::UniString name;
+};

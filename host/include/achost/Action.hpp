@@ -1,6 +1,7 @@
 // What a person does or expects at the host, one line of a script or of the terminal:
 // `menu 3`, `expect menu 32501 5 checked`, `click 16`, ... Strings are in double quotes, where a
-// backslash escapes a double quote or a backslash; `#` starts a comment. Host-side only.
+// backslash escapes a double quote or a backslash; `#` starts a comment. A form whose last part ends
+// in "..." takes any number of such parts. Host-side only.
 #pragma once
 
 #include "GSRoot.hpp"
@@ -38,7 +39,11 @@ enum class Verb {
     ExpectDialogState, // expect dialog RESID shown|hidden|closed
     Project,           // project "PATH"|untitled
     ExpectEngine,      // expect engine "NAME"
-    Command            // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
+    Command,           // command DEVID LOCALID "CMD": another add-on answers CMD (ACAPI_Command_Test)
+    Library,           // library "DIR"
+    Missing,           // missing "NAME"
+    Libraries,         // libraries: lists the active libraries (the terminal shows them)
+    ExpectLibraries    // expect libraries "DIR"...
 };
 
 struct Action {

@@ -58,6 +58,10 @@ enum class HostCall {
     MenuItemText,  // ACAPI_Interface on a menu item's text or flags: changes nothing, answers the code
     OwnLocation,   // ACAPI_GetOwnLocation: answers the code, the location untouched
     SpecialFolder, // IO::FileSystem::GetSpecialLocation: answers the code, the location untouched
+    GetLibraries,  // ACAPI_Environment 'GLIB': answers the code, the array and the index untouched
+    AddLibrary,    // ACAPI_Environment 'ALIB': adds nothing, answers the code
+    LibPartSearch, // ACAPI_LibPart_Search: fills nothing, allocates nothing, answers the code
+    LibPartGet,    // ACAPI_LibPart_Get: fills nothing, allocates nothing, answers the code
 };
 
 // The `nth` call of `call` from now (1 = the next one) fails with `code` (where the call answers a

@@ -41,6 +41,9 @@ GS_HOST_EXPORT void WriteDialog(std::ostream& out, const Dialog& dialog);
 GS_HOST_EXPORT void WriteAlert(std::ostream& out, const Alert& alert);
 // Writes a file dialog: its kind, title, folder, preselected name and filters (">" the selected one).
 GS_HOST_EXPORT void WriteFileDialog(std::ostream& out, const FileRequest& request);
+// Writes the active libraries in the host's order, each with its number of parts, and the missing
+// definitions.
+GS_HOST_EXPORT void WriteLibraries(std::ostream& out, const Host& host);
 
 // Reads a script one line at a time, as the host waits, and hands out its actions in order; so a
 // script may be an endless pipe. A line that cannot be read ends the session there (Malformed()).
@@ -103,7 +106,7 @@ using LineReader = std::function<bool(const std::string& prompt, std::string* li
 // action per line (a bare number clicks that item of the dialog, or chooses that item of the menu);
 // explains malformed lines and failures and goes on. `help` lists every action with its meaning. A
 // file dialog asks for a path instead (an empty line cancels). What the add-on opened on the desktop
-// is printed as it happens.
+// is printed as it happens; `libraries` lists the active libraries.
 class GS_HOST_EXPORT TerminalFrontEnd : public FrontEnd {
 public:
     // Reads lines from `in` unless a `reader` is given; writes to `out`.

@@ -16,6 +16,7 @@
 namespace achost {
 
 class FrontEnd;
+class LibraryManager;
 
 // A command another add-on answers through ACAPI_Command_Test: the add-on's identifier, the command
 // and the highest command version it accepts.
@@ -44,6 +45,11 @@ struct HostOptions {
     std::vector<std::string> engines = {"Internal Engine", "Sketch Engine"};
     // With true the desktop opener starts xdg-open for each request; otherwise it only records them.
     bool launch = false;
+    // The active library folders when the Host is made, in order (AddLibrary each; one that cannot be
+    // added is reported to onViolation); none by default.
+    std::vector<std::string> libraries;
+    // The missing definitions of the open project (AddMissingDefinition each); none by default.
+    std::vector<std::string> missing;
 };
 
 struct MenuItem {
@@ -135,6 +141,19 @@ public:
     const std::vector<std::string>& Opened() const;
     // The file dialog waiting for the user, or null.
     const FileRequest* OpenFileDialog() const;
+
+    // Libraries (host/src/session/LibraryActions.cpp); they last for this Host's life, across reloads.
+    // Makes `folder` the last active library, as a person does in the host's library manager
+    // (relative: from the working directory); false with the reason when it is not a readable folder.
+    bool AddLibrary(const std::string& folder, std::string* error);
+    // Declares `name` a missing definition of the open project.
+    void AddMissingDefinition(const std::string& name);
+    // The active libraries as 'GLIB' lists them: the folders, then the add-on's file when the add-on
+    // registered its built-in library.
+    std::vector<std::string> ActiveLibraries() const;
+    const LibraryManager& Library() const;
+    // How many times the add-on asked to add a library folder ('ALIB'), refused requests included.
+    int LibraryAdditions() const;
 
     // Dialogs open now, oldest first.
     std::vector<const Dialog*> Dialogs() const;

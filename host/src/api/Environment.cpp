@@ -1,6 +1,9 @@
-// The environment functions: the open project ('PROJ') and the rendering engines ('GREN', 'CREN' and
-// the EXP enumeration), served from the session's set-up (HostOptions: project, engines).
+// The environment functions: the open project ('PROJ'), the rendering engines ('GREN', 'CREN' and
+// the EXP enumeration) and the active libraries ('GLIB', 'ALIB'), served from the session's set-up
+// (HostOptions: project, engines, libraries) and the host's library manager.
+#include "BMInternal.hpp"
 #include "HostImpl.hpp"
+#include "IOInternal.hpp"
 
 #include "Location.hpp"
 #include "exp.h"
@@ -32,6 +35,30 @@ GSErrCode ProjectInfo(const Host::Impl& s, API_ProjectInfo* info) {
     return NoError;
 }
 
+GSErrCode GetLibraries(const Host::Impl& s, GS::Array<API_LibraryInfo>* libraries, Int32* embedded) {
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::GetLibraries))
+        return fault;
+    libraries->Clear();
+    for (const achost::ActiveLibrary& library : s.library->manager.Folders()) {
+        const std::string name = library.folder.substr(library.folder.rfind('/') + 1);
+        libraries->Push(
+            API_LibraryInfo{IO::Location(library.folder.c_str()), GS::UniString(name.c_str(), CC_UTF8)});
+    }
+    if (embedded != nullptr)
+        *embedded = s.builtInLibrary ? static_cast<Int32>(libraries->GetSize()) : -1;
+    if (s.builtInLibrary)
+        libraries->Push(
+            API_LibraryInfo{IO::Location(s.ownPath.c_str()), GS::UniString(s.name.c_str(), CC_UTF8)});
+    return NoError;
+}
+
+GSErrCode AddLibrary(Host::Impl& s, const IO::Location* folder) {
+    ++s.library->additions;
+    if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::AddLibrary))
+        return fault;
+    return s.library->manager.AddFolder(IO::LocationAccess::PathOf(*folder));
+}
+
 } // namespace
 
 GSErrCode ACAPI_Environment(API_EnvironmentID code, void* par1, void* par2, void* /*par3*/) {
@@ -61,6 +88,12 @@ GSErrCode ACAPI_Environment(API_EnvironmentID code, void* par1, void* par2, void
         ++s->engineChanges;
         return NoError;
     }
+    case APIEnv_GetLibrariesID:
+        return par1 == nullptr ? APIERR_BADPARS
+                               : GetLibraries(*s, static_cast<GS::Array<API_LibraryInfo>*>(par1),
+                                              static_cast<Int32*>(par2));
+    case APIEnv_AddLibrariesID:
+        return par1 == nullptr ? APIERR_BADPARS : AddLibrary(*s, static_cast<const IO::Location*>(par1));
     default:
         return APIERR_NOTSUPPORTED;
     }

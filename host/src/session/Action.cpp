@@ -47,7 +47,7 @@ const Form kForms[] = {
     {Verb::AnswerSave, "answer save \"PATH\"|cancel",
      "answer the waiting save dialog with PATH, or cancel it", "answer save \"/tmp/list.txt\""},
     {Verb::AnswerFolder, "answer folder \"PATH\"|cancel",
-     "the next folder dialog answers PATH, or is cancelled", "answer folder cancel"},
+     "answer the waiting folder dialog with PATH, or cancel it", "answer folder cancel"},
     {Verb::ExpectOpened, "expect opened \"TEXT\"", "the add-on asked the host to open TEXT",
      "expect opened \"https://example.com/\""},
     {Verb::WaitDownload, "wait download",
@@ -60,6 +60,14 @@ const Form kForms[] = {
      "expect engine \"Sketch Engine\""},
     {Verb::Command, "command DEVID LOCALID \"CMD\"", "another add-on answers the four-character command CMD",
      "command 1 2 \"SUIT\""},
+    {Verb::Library, "library \"DIR\"", "make the folder DIR the last active library",
+     "library \"/tmp/Parts\""},
+    {Verb::Missing, "missing \"NAME\"", "the open project uses the part NAME, which no library holds",
+     "missing \"Old Chair\""},
+    {Verb::Libraries, "libraries", "list the active libraries with their parts", "libraries"},
+    {Verb::ExpectLibraries, "expect libraries \"DIR\"...",
+     "the active library folders are these, in this order (none: no folder is active)",
+     "expect libraries \"/tmp/Parts\" \"/tmp/More Parts\""},
 };
 
 // What each number of a form may be; a number outside its range is a malformed line, so that a
@@ -144,9 +152,17 @@ bool IsPlaceholder(const std::string& word) {
 }
 
 // Matches the tokens against one form, filling the action's numbers and texts. A line of the form's
-// shape with a number out of range does not match; `range` then says which.
+// shape with a number out of range does not match; `range` then says which. A last part ending in
+// "..." stands for any number of such parts, none included.
 bool Matches(const Form& form, const std::vector<Token>& tokens, Action* action, std::string* range) {
-    const auto parts = Words(form.pattern, ' ');
+    auto parts = Words(form.pattern, ' ');
+    const std::string& last = parts.back();
+    if (last.size() > 3 && last.compare(last.size() - 3, 3, "...") == 0) {
+        const std::string repeated = last.substr(0, last.size() - 3);
+        parts.pop_back();
+        while (parts.size() < tokens.size())
+            parts.push_back(repeated);
+    }
     if (parts.size() != tokens.size())
         return false;
     action->numbers.clear();

@@ -26,15 +26,18 @@ bool IsKeyword(const Action& action, const std::string& word) {
     return action.texts.back() == word && action.source.find('"') == std::string::npos;
 }
 
-bool AnswerSave(Host::Impl& s, const Action& action, std::string* message) {
-    if (!s.fileRequest || s.fileAnswer) {
-        *message = "'" + action.source + "' needs an open save dialog, and none is open";
+// `answer save` answers a file dialog, `answer folder` a folder dialog.
+bool AnswerFileDialog(Host::Impl& s, const Action& action, std::string* message) {
+    const bool folder = action.verb == Verb::AnswerFolder;
+    const char* kind = folder ? "folder" : "save";
+    if (!s.fileRequest || s.fileAnswer || (s.fileRequest->kind == "folder") != folder) {
+        *message = "'" + action.source + "' needs an open " + kind + " dialog, and none is open";
         return false;
     }
     if (IsKeyword(action, "cancel"))
         s.fileAnswer.emplace(std::nullopt);
     else if (action.texts[0].empty()) {
-        *message = "a save dialog's answer is a path or cancel";
+        *message = std::string("a ") + kind + " dialog's answer is a path or cancel";
         return false;
     } else
         s.fileAnswer.emplace(AbsolutePath(action.texts[0], *s.fileRequest));
@@ -68,7 +71,7 @@ bool ExpectEngine(const Host::Impl& s, const Action& action, std::string* messag
 
 bool IsEnvironmentVerb(Verb verb) {
     return verb == Verb::Project || verb == Verb::ExpectEngine || verb == Verb::ExpectOpened ||
-           verb == Verb::AnswerSave;
+           verb == Verb::AnswerSave || verb == Verb::AnswerFolder;
 }
 
 bool PerformOnEnvironment(Host::Impl& s, const Action& action, std::string* message) {
@@ -80,8 +83,8 @@ bool PerformOnEnvironment(Host::Impl& s, const Action& action, std::string* mess
         return ExpectEngine(s, action, message);
     case Verb::ExpectOpened:
         return ExpectOpened(s, action, message);
-    default: // Verb::AnswerSave
-        return AnswerSave(s, action, message);
+    default: // Verb::AnswerSave, Verb::AnswerFolder
+        return AnswerFileDialog(s, action, message);
     }
 }
 

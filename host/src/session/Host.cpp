@@ -148,6 +148,12 @@ Host::Host(HostOptions options) : impl(std::make_unique<Impl>(std::move(options)
     if (sCurrent != nullptr)
         impl->Violation("achost::Host: a second host was created while another one is running");
     sCurrent = this;
+    std::string error;
+    for (const std::string& folder : impl->options.libraries)
+        if (!AddLibrary(folder, &error))
+            impl->Violation("achost::Host: HostOptions::libraries: " + error);
+    for (const std::string& name : impl->options.missing)
+        AddMissingDefinition(name);
 }
 
 Host::~Host() {
@@ -163,9 +169,11 @@ Host* Host::Current() {
 bool Host::Start(const std::string& path, std::string* error) {
     Quit();
     Impl& s = *impl;
-    Session session = s.session; // the options and the session outlive a host run
+    Session session = s.session; // the options, the session and the libraries outlive a host run
+    std::shared_ptr<LibraryState> library = s.library;
     s = Impl(std::move(s.options));
     s.session = session;
+    s.library = library;
     s.path = path;
     char absolute[PATH_MAX];
     s.ownPath = realpath(path.c_str(), absolute) != nullptr ? absolute : "";

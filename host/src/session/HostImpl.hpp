@@ -5,6 +5,7 @@
 #include "achost/Action.hpp"
 #include "achost/Dialogs.hpp"
 #include "achost/Host.hpp"
+#include "achost/Library.hpp"
 
 #include <functional>
 #include <map>
@@ -28,6 +29,12 @@ struct OpenDialog {
     Dialog view;
     bool modal = false;
     bool closing = false; // DG_MSG_CLOSE is being sent: a second close is ignored
+};
+
+// The libraries of a host: kept for the Host's life, across the add-on's runs.
+struct LibraryState {
+    LibraryManager manager;
+    int additions = 0; // 'ALIB' calls of the add-on, refused ones included
 };
 
 // Who answers while the host waits for the user. Outlives host runs: a script's `reload` goes on
@@ -131,6 +138,7 @@ struct Host::Impl {
     int currentEngine = 1;
     int engineChanges = 0;
     std::vector<std::string> opened;
+    std::shared_ptr<LibraryState> library = std::make_shared<LibraryState>();
 
     // Sessions (host/src/Session.cpp) -----------------------------------------------------------
 
@@ -157,6 +165,10 @@ bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message);
 // answers to a file dialog), possible in any state.
 bool IsEnvironmentVerb(Verb verb);
 bool PerformOnEnvironment(Host::Impl& s, const Action& action, std::string* message);
+// The session verbs about libraries (library, missing, libraries, expect libraries), possible in any
+// state (host/src/session/LibraryActions.cpp).
+bool IsLibraryVerb(Verb verb);
+bool PerformOnLibraries(Host::Impl& s, const Action& action, std::string* message);
 // `text` in double quotes, with quotes and backslashes escaped as in a script.
 std::string Quoted(const std::string& text);
 

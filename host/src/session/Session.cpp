@@ -138,6 +138,8 @@ bool Host::Impl::Perform(const Action& action, std::string* message) {
         return ExpectDialogState(*this, action, message);
     if (IsEnvironmentVerb(action.verb))
         return PerformOnEnvironment(*this, action, message);
+    if (IsLibraryVerb(action.verb))
+        return PerformOnLibraries(*this, action, message);
     if (fileRequest) {
         *message =
             "'" + action.source + "' is not possible while the " + fileRequest->kind + " dialog is open";
@@ -341,9 +343,11 @@ bool TerminalFrontEnd::AnswerFileDialog(const FileRequest& request, Action* acti
         out << "\n";
         return false;
     }
-    action->verb = Verb::AnswerSave;
+    const bool folder = request.kind == "folder";
+    action->verb = folder ? Verb::AnswerFolder : Verb::AnswerSave;
     action->texts = {path.empty() ? "cancel" : path};
-    action->source = path.empty() ? "answer save cancel" : "answer save " + Quoted(path);
+    action->source =
+        std::string(folder ? "answer folder " : "answer save ") + (path.empty() ? "cancel" : Quoted(path));
     return true;
 }
 
@@ -410,7 +414,9 @@ bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
             out << "Actions (a number alone clicks that item of the dialog, or chooses that item of the "
                    "menu):\n"
                 << ActionHelp();
-        } else if (result == ParseResult::Parsed)
+        } else if (result == ParseResult::Parsed && action->verb == Verb::Libraries)
+            WriteLibraries(out, host);
+        else if (result == ParseResult::Parsed)
             return true;
     }
     out << "\n";
