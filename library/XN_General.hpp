@@ -3,6 +3,7 @@
 // inside a menu command or another host callback, and reports failure only through its result.
 #pragma once
 
+#include "APIdefs.h"
 #include "XN_Location.hpp"
 #include "XN_String.hpp"
 
@@ -44,6 +45,14 @@ public:
     static bool LaunchURLByPath(const XN_String& url);
 
     // Library-part lookup with the user-facing alert (XN_Library.cpp) ---------------------------
+
+    // Sets `index` to XN_LibPart::IndexFullLib(name, type); true when a part was found. Otherwise,
+    // with `showAlert`, tells the user in an alert: `message`, or general string 85 when it is empty.
+    static bool GetLPIdxFullLib(const XN_String& name, long& index, bool showAlert, const XN_String& message,
+                                API_LibTypeID type);
+    // The same through XN_LibPart::IndexFullLibNoCheckLibs.
+    static bool GetLPIdxFullLibNoCheckLibs(const XN_String& name, long& index, bool showAlert,
+                                           const XN_String& message, API_LibTypeID type);
 
     // URL download on the host's main run loop (update/XN_URLDownload.cpp) ----------------------
 

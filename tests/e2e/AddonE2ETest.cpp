@@ -114,7 +114,7 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
     const std::string usage =
         "usage: achost [--shared-folder DIR] [--host-kind N] [--command DEVID:LOCALID:CMD[:VERSION]]...\n"
         "              [--update-folder DIR | --no-update-server] [--project FILE] [--engine NAME]...\n"
-        "              [--launch] [--script FILE] [ADDON]\n"
+        "              [--library DIR]... [--missing NAME]... [--launch] [--script FILE] [ADDON]\n"
         "       achost --list-menus [ADDON]\n"
         "       achost --help\n";
     const struct {
@@ -173,6 +173,9 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
          "achost: --update-folder and --no-update-server exclude each other\n" + usage},
         {"missing update folder", "", "", "--update-folder " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "",
          2, "achost: the update folder " + temp.PathOf("none") + " is not a folder\n"},
+        {"missing library folder", "", "", "--library " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "", 2,
+         "achost: --library: \"" + temp.PathOf("none") +
+             "\" cannot be a library: there is no such folder (0x81010200)\n"},
         {"empty engine name", "", "", "--engine ''", "", 2,
          "achost: --engine takes an engine's menu name, not an empty text\n" + usage},
         {"full disk", "", "", "--list-menus " MORAVEL_LIBRARY, " >/dev/full", 2,

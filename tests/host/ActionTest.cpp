@@ -27,6 +27,8 @@ TEST(ActionTest, ReadsNumbersStringsAndChoices) {
         {"expect list 3 selected 0", Verb::ExpectListSelected, {3, 0}, {}},
         {"expect dialog 32755 hidden", Verb::ExpectDialogState, {32755}, {"hidden"}},
         {"command 4294967295 0 \"SUIT\"", Verb::Command, {4294967295, 0}, {"SUIT"}},
+        {"expect libraries", Verb::ExpectLibraries, {}, {}},
+        {"expect libraries \"/a\" \"b c\" \"\"", Verb::ExpectLibraries, {}, {"/a", "b c", ""}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
@@ -67,6 +69,8 @@ TEST(ActionTest, ExplainsWhatItCannotRead) {
         {"wrong keyword", "expect menu 1 2 maybe", achost::ParseResult::Malformed,
          "malformed 'expect menu' line; expected expect menu RESID ITEM \"TEXT\" | "
          "expect menu RESID ITEM checked|unchecked"},
+        {"a number among the folders", "expect libraries \"/a\" 3", achost::ParseResult::Malformed,
+         "malformed 'expect libraries' line; expected expect libraries \"DIR\"..."},
         {"unterminated", "expect title \"open", achost::ParseResult::Malformed, "unterminated string"},
         {"escape", "expect title \"a\\n\"", achost::ParseResult::Malformed,
          "unknown escape in string (only \\\" and \\\\)"},
