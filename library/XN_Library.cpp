@@ -26,9 +26,19 @@ bool EqualIgnoringCase(const XN_String& a, const XN_String& b) {
     return XN_String::CompareIgnoreCase(a, 0, b, 0, 0) == 0;
 }
 
+// The position of the last `unit` in `text`, XN_String::kNotFound when there is none. "." and "/"
+// are the same unit in every 8-bit encoding, so no conversion is needed: lookups stay as cheap as the
+// host's own search.
+unsigned int LastUnit(const XN_String& text, unsigned short unit) {
+    for (unsigned int i = text.GetLength(); i-- > 0;)
+        if (text.GetBuffer()[i] == unit)
+            return i;
+    return XN_String::kNotFound;
+}
+
 // The text after the last "/"; the whole path without one.
 XN_String LastComponent(const XN_String& path) {
-    const unsigned int slash = path.LastIndexOf('/');
+    const unsigned int slash = LastUnit(path, '/');
     return slash == XN_String::kNotFound ? path : path.Substring(slash + 1);
 }
 
@@ -139,13 +149,15 @@ int XN_LibPart::Search(const XN_String& name, API_LibTypeID type, API_LibPart& p
 }
 
 bool XN_LibPart::LibPart(const XN_String& name, API_LibTypeID type, API_LibPart& part) {
-    const unsigned int dot = name.LastIndexOf('.');
-    return Search(dot == XN_String::kNotFound ? name : name.Substring(0, dot), type, part) == 0;
+    const unsigned int dot = LastUnit(name, '.');
+    if (dot == XN_String::kNotFound)
+        return Search(name, type, part) == 0;
+    return Search(name.Substring(0, dot), type, part) == 0;
 }
 
 bool XN_LibPart::LibPart(const XN_Location& file, API_LibTypeID type, API_LibPart& part) {
-    const unsigned int slash = file.LastIndexOf('/');
-    const unsigned int dot = file.LastIndexOf('.');
+    const unsigned int slash = LastUnit(file, '/');
+    const unsigned int dot = LastUnit(file, '.');
     const unsigned int start = slash == XN_String::kNotFound ? 0 : slash + 1;
     const unsigned int end = dot == XN_String::kNotFound ? file.GetLength() : dot;
     return Search(start < end ? file.Substring(start, end - start) : XN_String(""), type, part) == 0;

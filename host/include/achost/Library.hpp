@@ -16,8 +16,9 @@ namespace achost {
 struct LibraryPart {
     Int32 index = 0; // from 1; stable for the manager's life
     API_LibTypeID type = APILib_ObjectID;
-    std::u16string name; // the document name: the file name without ".gsm", at most 255 units
-    std::string file;    // the file's absolute path; empty for a missing definition
+    std::u16string name;     // the document name: the file name without ".gsm", at most 255 units
+    std::u16string fileName; // the file's name, at most 255 units; empty for a missing definition
+    std::string file;        // the file's absolute path; empty for a missing definition
     bool missing = false;
 };
 

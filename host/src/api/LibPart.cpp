@@ -25,10 +25,7 @@ GSErrCode Fill(const achost::LibraryPart& part, API_LibPart* record) {
     record->typeID = part.type;
     record->index = part.index;
     CopyName(record->docu_UName, part.name);
-    const std::string file = part.file.substr(part.file.rfind('/') + 1);
-    const GS::UniString fileName(file.c_str(), CC_UTF8);
-    CopyName(record->file_UName,
-             std::u16string(reinterpret_cast<const char16_t*>(fileName.ToUStr()), fileName.GetLength()));
+    CopyName(record->file_UName, part.fileName);
     record->missingDef = part.missing;
     record->isTemplate = false;
     record->isPlaceable = true;

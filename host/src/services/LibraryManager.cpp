@@ -152,6 +152,7 @@ void LibraryManager::IndexFolder(const std::string& folder, ActiveLibrary& libra
             LibraryPart part;
             part.type = TypeFromFirstLine(FirstLine(path));
             part.name = ToUtf16(name.substr(0, name.size() - (sizeof kPartExtension - 1)));
+            part.fileName = ToUtf16(name);
             part.file = path;
             Add(std::move(part));
             ++library.parts;
