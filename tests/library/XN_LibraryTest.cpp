@@ -1,6 +1,7 @@
 // The object library and library-part lookup, called by a probe add-on inside the real host: the
-// probe's copy sits in Addon/ of the test's folder, beside the suite library Addon/MVL_Library when a
-// case puts one there.
+// probe's copy sits in Addon/ of the test's folder, beside the suite library Addon/MVL_Library (which
+// holds Stool.gsm) when a case puts one there. Parts/ holds, in the host's order, Chair (index 1),
+// Door (2, a door by its first line), Sub/A.B (3) and c (4); Extra/ holds Bench.
 #include "achost/Faults.hpp"
 
 #include "HostTest.hpp"
@@ -8,52 +9,35 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <optional>
+#include <sstream>
 
 namespace {
 
 namespace fs = std::filesystem;
 using achost::HostCall;
 
-enum ProbeItem {
-    kLoad = 1,
-    kLoadUnchecked,
-    kLibraries,
-    kByName,
-    kByFile,
-    kByIndex,
-    kSearch,
-    kIndex,
-    kIndexFullLib,
-    kIndexFullLibNoCheck,
-    kLocationByIndex,
-    kLocationByFile,
-    kGetIndex,
-    kGetIndexNoCheck,
-    kAsk
-};
+enum { kLoad = 1, kLoadUnchecked, kLibraries, kByName, kByFile, kByIndex, kSearch, kIndex, kIndexFullLib };
+enum { kIndexFullLibNoCheck = 10, kLocationByIndex, kLocationByFile, kGetIndex, kGetIndexNoCheck, kAsk };
+// Where the suite library is: nowhere, beside the probe, or there and active.
+enum Suite { kAbsent, kOnDisk, kActive };
 
-// Chooses one item, then answers what it shows: each alert with ok, each folder dialog with the next
-// of `folders` (cancel when none is left). Records them in order: "Probe: RESULT" for the probe's
-// report, the large text of other alerts, "folder: TITLE" for a folder dialog.
+// Chooses one item, then answers each alert with ok and each folder dialog with `folder` (cancel when
+// empty). What it saw, joined by " / ": the probe's report, "alert TEXT", "ask TITLE".
 class ProbeSession : public achost::FrontEnd {
 public:
-    ProbeSession(int item, std::vector<std::string> folders) : item(item), folders(std::move(folders)) {}
+    ProbeSession(int item, std::string folder) : item(item), folder(std::move(folder)) {}
     bool NextAction(const achost::Host& host, achost::Action* action) override {
-        std::string line;
-        if (const achost::Alert* alert = host.OpenAlert()) {
-            shown.push_back(alert->title.empty() ? alert->largeText : alert->title + ": " + alert->largeText);
-            line = "ok";
-        } else if (const achost::FileRequest* request = host.OpenFileDialog()) {
-            shown.push_back(request->kind + ": " + request->title);
-            line = folders.empty() ? "answer folder cancel" : "answer folder \"" + folders.front() + "\"";
-            if (!folders.empty())
-                folders.erase(folders.begin());
-        } else if (item != 0) {
-            line = "menu " + std::to_string(item);
-            item = 0;
-        } else
+        std::string line = "ok", seen;
+        if (const achost::Alert* alert = host.OpenAlert())
+            seen = (alert->title == "Probe" ? "" : "alert ") + alert->largeText;
+        else if (const achost::FileRequest* request = host.OpenFileDialog()) {
+            seen = "ask " + request->title;
+            line = "answer folder " + (folder.empty() ? "cancel" : "\"" + folder + "\"");
+        } else if (item != 0)
+            line = "menu " + std::to_string(std::exchange(item, 0));
+        else
             return false;
+        shown += (shown.empty() || seen.empty() ? "" : " / ") + seen;
         std::string error;
         return achost::ParseAction(line, action, &error) == achost::ParseResult::Parsed;
     }
@@ -61,26 +45,23 @@ public:
         EXPECT_TRUE(ok) << action.source << ": " << message;
         return ok;
     }
-    std::vector<std::string> shown;
+    std::string shown;
 
 private:
     int item;
-    std::vector<std::string> folders;
+    std::string folder;
 };
 
 class LibraryTest : public xn_test::SharedFolderTest {
 protected:
     void SetUp() override {
         SharedFolderTest::SetUp();
+        for (const char* file : {"Parts/Chair.gsm", "Parts/c.gsm", "Extra/Bench.gsm"})
+            Put(file, "");
+        Put("Parts/Door.gsm", "! type: Door\nPEN 1\n");
+        Put("Parts/Sub/A.B.gsm", " ! TYPE : object\n");
         fs::create_directories(temp.PathOf("Addon"));
         fs::copy_file(LIBRARY_PROBE, temp.PathOf("Addon/library_probe.so"));
-        // Indices in the order the host reads Parts: Chair 1, Door 2, Sub/A.B 3, c 4.
-        for (const auto& [file, text] : {std::pair<std::string, std::string>{"Parts/Chair.gsm", "PEN 1\n"},
-                                         {"Parts/Door.gsm", "! type: Door\nPEN 1\n"},
-                                         {"Parts/Sub/A.B.gsm", " ! TYPE : object\n"},
-                                         {"Parts/c.gsm", ""},
-                                         {"Extra/Bench.gsm", ""}})
-            Put(file, text);
     }
     void TearDown() override {
         for (const char* name :
@@ -92,137 +73,92 @@ protected:
         fs::create_directories(fs::path(temp.PathOf(file)).parent_path());
         temp.Write(temp.PathOf(file), text);
     }
-    // The suite library beside the probe, holding Stool.gsm, or none.
-    void SuiteLibrary(bool onDisk) {
+    // A host with the probe started; `active` (comma-separated, in the test's folder) are its library
+    // folders, the suite library last when `suite` is kActive; "Ghost" is a missing definition (index 5).
+    std::unique_ptr<achost::Host> Start(const std::string& active, Suite suite = kAbsent) {
         fs::remove_all(temp.PathOf("Addon/MVL_Library"));
-        if (onDisk)
+        if (suite != kAbsent)
             Put("Addon/MVL_Library/Stool.gsm", "");
-    }
-    // A host with the probe started and `active` (relative to the test's folder) as its libraries.
-    std::unique_ptr<achost::Host> Start(const std::vector<std::string>& active,
-                                        const std::vector<std::string>& missing = {}) {
         achost::HostOptions withLibraries = options;
-        for (const std::string& folder : active) {
-            fs::create_directories(temp.PathOf(folder));
-            withLibraries.libraries.push_back(temp.PathOf(folder));
-        }
-        withLibraries.missing = missing;
+        std::istringstream folders(active + (suite == kActive ? ",Addon/MVL_Library" : ""));
+        for (std::string folder; std::getline(folders, folder, ',');)
+            if (!folder.empty()) {
+                fs::create_directories(temp.PathOf(folder));
+                withLibraries.libraries.push_back(temp.PathOf(folder));
+            }
+        withLibraries.missing = {"Ghost"};
         auto host = std::make_unique<achost::Host>(withLibraries);
         std::string error;
         EXPECT_TRUE(host->Start(temp.PathOf("Addon/library_probe.so"), &error)) << error;
         return host;
     }
-    std::vector<std::string> Run(achost::Host& host, int item, const std::string& argument, int type,
-                                 const std::vector<std::string>& folders = {}) {
+    std::string Run(achost::Host& host, int item, const std::string& argument, int type = 0,
+                    const std::string& folder = "") {
         setenv("XN_PROBE_ARGUMENT", argument.c_str(), 1);
         setenv("XN_PROBE_TYPE", std::to_string(type).c_str(), 1);
-        ProbeSession session(item, folders);
+        ProbeSession session(item, folder.empty() ? "" : temp.PathOf(folder));
         achost::RunSession(host, session);
         return session.shown;
     }
-    std::vector<std::string> Folders(const achost::Host& host) {
-        std::vector<std::string> folders;
+    // The active libraries, relative to the test's folder and comma-separated.
+    std::string Active(const achost::Host& host) {
+        std::string listed;
         for (const std::string& folder : host.ActiveLibraries())
-            folders.push_back(folder.substr(temp.Path().size() + 1));
-        return folders;
+            listed += (listed.empty() ? "" : ",") + folder.substr(temp.Path().size() + 1);
+        return listed;
     }
 };
 
 TEST_F(LibraryTest, SuiteLibraryIsAddedUnlessAFolderOfItsNameIsActive) {
     const struct {
-        const char* name;
-        std::vector<std::string> active;
-        bool onDisk;
-        int item;
-        std::optional<HostCall> fault;
-        std::string shown;
+        const char *name, *active;
+        Suite suite;
+        int item, fault; // fault: 0 none, 1 'ALIB' refused, 2 'GLIB' fails
+        const char* shown;
         int additions;
-        std::vector<std::string> after;
+        const char* after;
     } cases[] = {
-        {"active under another parent, other case",
-         {"Other/mvl_LIBRARY"},
-         true,
-         kLoad,
-         {},
-         "true",
-         0,
-         {"Other/mvl_LIBRARY"}},
-        {"the exact path in another case",
-         {"ADDON/MVL_library"},
-         true,
-         kLoad,
-         {},
-         "true",
-         0,
-         {"ADDON/MVL_library"}},
-        {"not active: added last", {"Parts"}, true, kLoad, {}, "true", 1, {"Parts", "Addon/MVL_Library"}},
-        {"absent from disk: the host is not asked", {}, false, kLoad, {}, "true", 0, {}},
-        {"unchecked: handed over again",
-         {"Addon/MVL_Library"},
-         true,
-         kLoadUnchecked,
-         {},
-         "true",
-         1,
-         {"Addon/MVL_Library"}},
-        {"unchecked, absent: not asked", {}, false, kLoadUnchecked, {}, "true", 0, {}},
-        {"the host refuses", {}, true, kLoad, HostCall::AddLibrary, "false", 1, {}},
-        {"no list from the host: checked as empty",
-         {"Addon/MVL_Library"},
-         true,
-         kLoad,
-         HostCall::GetLibraries,
-         "true",
-         1,
-         {"Addon/MVL_Library"}},
+        {"active under another parent, other case", "Other/mvl_LIBRARY", kOnDisk, kLoad, 0, "true", 0,
+         "Other/mvl_LIBRARY"},
+        {"the exact path in another case", "ADDON/MVL_library", kOnDisk, kLoad, 0, "true", 0,
+         "ADDON/MVL_library"},
+        {"not active: added last", "Parts", kOnDisk, kLoad, 0, "true", 1, "Parts,Addon/MVL_Library"},
+        {"absent from disk: the host is not asked", "", kAbsent, kLoad, 0, "true", 0, ""},
+        {"unchecked: handed over again", "", kActive, kLoadUnchecked, 0, "true", 1, "Addon/MVL_Library"},
+        {"unchecked, absent: not asked", "", kAbsent, kLoadUnchecked, 0, "true", 0, ""},
+        {"the host refuses", "", kOnDisk, kLoad, 1, "false", 1, ""},
+        {"no list from the host: taken as empty", "", kActive, kLoad, 2, "true", 1, "Addon/MVL_Library"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::ScopedFaults faults;
-        SuiteLibrary(c.onDisk);
-        auto host = Start(c.active);
-        if (c.fault)
-            achost::FailHostCall(*c.fault, APIERR_NOTMINE);
-        EXPECT_EQ(std::vector<std::string>{"Probe: " + c.shown}, Run(*host, c.item, "", 0));
+        auto host = Start(c.active, c.suite);
+        if (c.fault != 0)
+            achost::FailHostCall(c.fault == 1 ? HostCall::AddLibrary : HostCall::GetLibraries,
+                                 APIERR_NOTMINE);
+        EXPECT_EQ(c.shown, Run(*host, c.item, ""));
         EXPECT_EQ(c.additions, host->LibraryAdditions());
-        EXPECT_EQ(c.after, Folders(*host));
+        EXPECT_EQ(c.after, Active(*host));
     }
 }
 
 TEST_F(LibraryTest, LibrariesListTheEmbeddedLibraryFirst) {
-    const std::string probe = fs::canonical(temp.PathOf("Addon/library_probe.so")).string();
-    const struct {
-        const char* name;
-        bool builtIn;
-        std::vector<std::string> active;
-        bool fails;
-        std::string shown;
-    } cases[] = {
-        {"an empty list", false, {}, false, "true"},
-        {"the embedded library first",
-         true,
-         {"Parts", "Extra"},
-         false,
-         "true " + probe + " | " + temp.PathOf("Parts") + " | " + temp.PathOf("Extra")},
-        {"a host error", true, {"Parts"}, true, "false"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        achost::ScopedFaults faults;
-        c.builtIn ? setenv("XN_PROBE_BUILTIN", "1", 1) : unsetenv("XN_PROBE_BUILTIN");
-        auto host = Start(c.active);
-        if (c.fails)
-            achost::FailHostCall(HostCall::GetLibraries, APIERR_GENERAL);
-        EXPECT_EQ(std::vector<std::string>{"Probe: " + c.shown}, Run(*host, kLibraries, "", 0));
-    }
+    achost::ScopedFaults faults;
+    EXPECT_EQ("true", Run(*Start(""), kLibraries, ""));
+    setenv("XN_PROBE_BUILTIN", "1", 1);
+    auto host = Start("Parts,Extra");
+    EXPECT_EQ("true " + fs::canonical(temp.PathOf("Addon/library_probe.so")).string() + " | " +
+                  temp.PathOf("Parts") + " | " + temp.PathOf("Extra"),
+              Run(*host, kLibraries, ""));
+    achost::FailHostCall(HostCall::GetLibraries, APIERR_GENERAL);
+    EXPECT_EQ("false", Run(*host, kLibraries, ""));
 }
 
-// Parts/ active, "Ghost" a missing definition (index 5).
 TEST_F(LibraryTest, PartsAreFoundByNameFileAndIndexMissingDefinitionsNever) {
     const struct {
         const char* name;
         int item;
-        std::string argument;
+        const char* argument;
         int type;
         std::string shown;
     } cases[] = {
@@ -244,142 +180,47 @@ TEST_F(LibraryTest, PartsAreFoundByNameFileAndIndexMissingDefinitionsNever) {
         {"Location by index", kLocationByIndex, "2", 0, "true " + temp.PathOf("Parts/Door.gsm")},
         {"Location by file", kLocationByFile, "/p/A.B.gsm", 0, "true " + temp.PathOf("Parts/Sub/A.B.gsm")},
     };
-    auto host = Start({"Parts"}, {"Ghost"});
+    auto host = Start("Parts");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(std::vector<std::string>{"Probe: " + c.shown}, Run(*host, c.item, c.argument, c.type));
+        EXPECT_EQ(c.shown, Run(*host, c.item, c.argument, c.type));
     }
 }
 
-// Parts/ active (with the suite library too when `suiteActive`), "Ghost" missing; the suite library
-// beside the probe holds Stool (index 6) when `onDisk`.
+// Stool, in the suite library, and Bench, in a folder picked, get index 6 once found.
 TEST_F(LibraryTest, FullLookupLoadsTheSuiteLibraryThenAsksTheUser) {
-    const std::string ask = "folder: MoravelLibrary: Find the library";
+    const std::string ask = "ask MoravelLibrary: Find / ";
     const struct {
         const char* name;
         int item;
-        std::string argument;
-        bool onDisk, suiteActive;
-        std::vector<std::string> folders;
-        const char *message, *quiet;
-        std::vector<std::string> shown;
+        const char* argument;
+        Suite suite;
+        const char *picked, *message; // message null: no alert
+        std::string shown;
         int additions;
     } cases[] = {
-        {"found after loading the suite library",
-         kIndexFullLib,
-         "Stool",
-         true,
-         false,
-         {},
-         "",
-         nullptr,
-         {"Probe: 6"},
-         1},
-        {"found in the folder picked",
-         kIndexFullLib,
-         "Bench",
-         false,
-         false,
-         {"Extra"},
-         "",
-         nullptr,
-         {ask, "Probe: 6"},
-         1},
-        {"cancelled", kIndexFullLib, "Bench", false, false, {}, "", nullptr, {ask, "Probe: -1"}, 0},
-        {"a file picked: refused",
-         kIndexFullLib,
-         "Bench",
-         false,
-         false,
-         {"Parts/c.gsm"},
-         "",
-         nullptr,
-         {ask, "Probe: -1"},
-         1},
-        {"a missing definition stays -1",
-         kIndexFullLib,
-         "Ghost",
-         true,
-         false,
-         {"Extra"},
-         "",
-         nullptr,
-         {ask, "Probe: -1"},
-         2},
-        {"checked: the active suite library is kept",
-         kIndexFullLib,
-         "None",
-         true,
-         true,
-         {},
-         "",
-         nullptr,
-         {ask, "Probe: -1"},
+        {"found after loading the suite library", kIndexFullLib, "Stool", kOnDisk, "", "", "6", 1},
+        {"found in the folder picked", kIndexFullLib, "Bench", kAbsent, "Extra", "", ask + "6", 1},
+        {"cancelled", kIndexFullLib, "Bench", kAbsent, "", "", ask + "-1", 0},
+        {"a file picked: refused", kIndexFullLib, "Bench", kAbsent, "Parts/c.gsm", "", ask + "-1", 1},
+        {"a missing definition stays -1", kIndexFullLib, "Ghost", kOnDisk, "Extra", "", ask + "-1", 2},
+        {"checked: the active suite library stays", kIndexFullLib, "None", kActive, "", "", ask + "-1", 0},
+        {"unchecked: handed over again", kIndexFullLibNoCheck, "None", kActive, "", "", ask + "-1", 1},
+        {"the alert with string 85", kGetIndex, "None", kAbsent, "", "", ask + "alert Not found / false -1",
          0},
-        {"unchecked: handed over again",
-         kIndexFullLibNoCheck,
-         "None",
-         true,
-         true,
-         {},
-         "",
-         nullptr,
-         {ask, "Probe: -1"},
-         1},
-        {"the alert with string 85",
-         kGetIndex,
-         "None",
-         false,
-         false,
-         {},
-         "",
-         nullptr,
-         {ask, "Part not found", "Probe: false -1"},
-         0},
-        {"the alert with the message",
-         kGetIndexNoCheck,
-         "None",
-         false,
-         false,
-         {},
-         "Ask your dealer",
-         nullptr,
-         {ask, "Ask your dealer", "Probe: false -1"},
-         0},
-        {"no alert",
-         kGetIndex,
-         "None",
-         false,
-         false,
-         {},
-         "Ask your dealer",
-         "1",
-         {ask, "Probe: false -1"},
-         0},
-        {"found: no alert", kGetIndex, "Door", false, false, {}, "", nullptr, {"Probe: true 2"}, 0},
-        {"Ask titles with the add-on's name",
-         kAsk,
-         "Pick",
-         false,
-         false,
-         {"Extra"},
-         "",
-         nullptr,
-         {"folder: MoravelLibrary: Pick", "Probe: true"},
-         1},
+        {"the alert with the message", kGetIndexNoCheck, "None", kAbsent, "", "Call us",
+         ask + "alert Call us / false -1", 0},
+        {"no alert", kGetIndex, "None", kAbsent, "", nullptr, ask + "false -1", 0},
+        {"found: no alert", kGetIndex, "Door", kAbsent, "", "", "true 2", 0},
+        {"Ask: the add-on's name, then the prompt", kAsk, "Pick", kAbsent, "Extra", "",
+         "ask MoravelLibrary: Pick / true", 1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        setenv("XN_PROBE_MESSAGE", c.message, 1);
-        c.quiet != nullptr ? setenv("XN_PROBE_QUIET", c.quiet, 1) : unsetenv("XN_PROBE_QUIET");
-        SuiteLibrary(c.onDisk);
-        auto host = Start(c.suiteActive ? std::vector<std::string>{"Parts", "Addon/MVL_Library"}
-                                        : std::vector<std::string>{"Parts"},
-                          {"Ghost"});
-        std::vector<std::string> picked;
-        for (const std::string& folder : c.folders)
-            picked.push_back(temp.PathOf(folder));
-        EXPECT_EQ(c.shown, Run(*host, c.item, c.argument, 0, picked));
+        setenv("XN_PROBE_MESSAGE", c.message != nullptr ? c.message : "", 1);
+        c.message == nullptr ? setenv("XN_PROBE_QUIET", "1", 1) : unsetenv("XN_PROBE_QUIET");
+        auto host = Start("Parts", c.suite);
+        EXPECT_EQ(c.shown, Run(*host, c.item, c.argument, 0, c.picked));
         EXPECT_EQ(c.additions, host->LibraryAdditions());
     }
 }
