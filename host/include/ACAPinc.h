@@ -98,8 +98,9 @@ GS_HOST_EXPORT void __ACENV_CALL ACAPI_GetReleaseNumber(API_ServerApplicationInf
 //           there is none.
 //   'ALIB': adds the folder at par1 (an IO::Location*) to the end of the active libraries and
 //           indexes its library parts (see ACAPI_LibPart_Search). IO::Folder::FolderNotFound when
-//           nothing is there, IO::Folder::NotAFolder for a file, APIERR_BADPARS for the empty
-//           location. A folder already active stays where it is and NoError is answered.
+//           nothing is there, IO::Folder::NotAFolder for a file, IO::Folder::AccessDenied for a
+//           folder that cannot be read, APIERR_BADPARS for the empty location. A folder already
+//           active stays where it is and NoError is answered.
 // APIERR_BADPARS for a null par1 or another par2, APIERR_NOTSUPPORTED for a code this host does not
 // answer.
 GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Environment(API_EnvironmentID code, void* par1 = nullptr,
