@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <sstream>
+#include <utility>
 
 namespace {
 
