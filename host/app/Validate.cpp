@@ -192,16 +192,21 @@ std::string SignalName(int signal) {
     }
 }
 
-// The lines of the child's own output worth showing: what a sanitizer or the C++ runtime said.
+// The lines of the child's own output worth showing: the host's report of a crashing add-on, else
+// what a sanitizer or the C++ runtime said.
 std::string Diagnostics(const std::string& output) {
     std::istringstream in(output);
-    std::string line, found;
-    while (std::getline(in, line))
-        if (found.size() < 600 &&
-            (line.find("Sanitizer") != std::string::npos || line.find("runtime error") != std::string::npos ||
-             line.find("terminate called") != std::string::npos || line.rfind("achost: the add-on ", 0) == 0))
+    std::string line, found, report;
+    while (std::getline(in, line)) {
+        if (line.rfind("achost: the add-on ", 0) == 0)
+            report += (report.empty() ? "" : " | ") + line;
+        else if (found.size() < 600 && (line.find("Sanitizer") != std::string::npos ||
+                                        line.find("runtime error") != std::string::npos ||
+                                        line.find("terminate called") != std::string::npos))
             found += (found.empty() ? "" : " | ") + line;
-    return found;
+    }
+    // The host's report names the add-on's call; a sanitizer's lines after it add only addresses.
+    return report.empty() ? found : report;
 }
 
 // Runs one check in a child process and waits for it at most options.timeout seconds.

@@ -43,7 +43,9 @@ void OnCrash(int signal) {
     size_t k = 0;
     while (kSignals[k] != signal)
         ++k;
-    if (sNow[0] != '\0') {
+    static volatile sig_atomic_t reported = 0; // once: a sanitizer may end the run with a second signal
+    if (sNow[0] != '\0' && reported == 0) {
+        reported = 1;
         WriteAll("achost: the add-on ");
         WriteAll(sAddon);
         WriteAll(" crashed (SIG");
