@@ -41,44 +41,75 @@ long GenerationOf(const XN_Location& file) {
     return generation;
 }
 
-// Saves generation after generation until it is killed (or its parent is gone).
-[[noreturn]] void Writer(const XN_Location& file, long first) {
+// Saves generation after generation until it is killed (or its parent is gone), telling `ready`
+// each time a save begins.
+[[noreturn]] void Writer(const XN_Location& file, long first, int ready) {
     const pid_t parent = getppid();
     XN_List<XN_Setting> records;
     for (long g = first; getppid() == parent; ++g) {
         MakeGeneration(g, records);
+        if (write(ready, "s", 1) != 1)
+            break;
         XN_SettingsFile_Write(file, records, nullptr);
     }
     _exit(0);
 }
 
-class SettingsCrashTest : public xn_test::TempFolderTest {};
+// The writers work in memory (/dev/shm) when the machine has it: syncing to a disk there costs
+// nothing, so a thousand kills take seconds and land inside the writing and renaming, which is what
+// the death of a process can cut short.
+class SettingsCrashTest : public xn_test::TempFolderTest {
+protected:
+    void SetUp() override {
+        std::string pattern = "/dev/shm/xn_crash_XXXXXX";
+        folder = mkdtemp(&pattern[0]) != nullptr ? pattern : temp.Path();
+    }
+    void TearDown() override {
+        if (folder != temp.Path())
+            std::filesystem::remove_all(folder);
+        TempFolderTest::TearDown();
+    }
+    std::string folder;
+};
 
 TEST_F(SettingsCrashTest, AKilledWriterLeavesTheOldOrTheNewRecords) {
-    const XN_Location file(XN_String(temp.PathOf("Quillane.cfg").c_str(), XN_String::Encoding_UTF8));
+    const XN_Location file(XN_String((folder + "/Quillane.cfg").c_str(), XN_String::Encoding_UTF8));
     XN_List<XN_Setting> records;
-    MakeGeneration(0, records);
-    ASSERT_TRUE(XN_SettingsFile_Write(file, records, nullptr));
+    // How long one save takes here: the kills fall anywhere in the first two saves of a writer.
+    const auto start = std::chrono::steady_clock::now();
+    for (long g = 0; g < 5; ++g) {
+        MakeGeneration(g, records);
+        ASSERT_TRUE(XN_SettingsFile_Write(file, records, nullptr));
+    }
+    const auto save = (std::chrono::steady_clock::now() - start) / 5;
     std::mt19937 random(20261124);
-    long seen = 0;
+    long seen = GenerationOf(file);
     int advanced = 0;
     for (int kill = 0; kill < 1000; ++kill) {
+        int ready[2];
+        ASSERT_EQ(0, pipe(ready));
         const pid_t writer = fork();
         ASSERT_GE(writer, 0);
         if (writer == 0)
-            Writer(file, seen + 1);
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+            Writer(file, seen + 1, ready[1]);
+        char began = 0;
+        ASSERT_EQ(1, read(ready[0], &began, 1)); // the first save has begun
+        std::this_thread::sleep_for(save * (random() % 2000) / 1000);
         ::kill(writer, SIGKILL);
         waitpid(writer, nullptr, 0);
+        close(ready[0]);
+        close(ready[1]);
         const long now = GenerationOf(file);
         ASSERT_GE(now, seen) << "after kill " << kill << ": a mix of generations, or an older one";
         advanced += now > seen;
         seen = now;
     }
-    EXPECT_GT(advanced, 0); // some kills came after a save, so they were not all before the first one
+    // Some kills came after a save and some before: both ends of a save were met.
+    EXPECT_GT(advanced, 0);
+    EXPECT_LT(advanced, 1000);
     MakeGeneration(seen + 1, records);
     ASSERT_TRUE(XN_SettingsFile_Write(file, records, nullptr));
-    const auto entries = std::filesystem::directory_iterator(temp.Path());
+    const auto entries = std::filesystem::directory_iterator(folder);
     EXPECT_EQ(1, std::distance(begin(entries), end(entries))) << "a temporary file of a killed save was kept";
 }
 
