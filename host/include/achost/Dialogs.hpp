@@ -17,9 +17,18 @@ struct ListRow {
     std::string iconName;          // the icon's name from its resource
 };
 
+// Where a list's tab field lies in its row, in pixels from the row's left edge (DGListSetTabFieldData).
+struct TabField {
+    short begin = 0, end = 0;
+};
+
 struct DialogItem {
     std::string kind; // the resource's item type: "Button", "LeftText", "SingleSelList", ...
     std::string text; // UTF-8
+    // The item's frame in the dialog's client area, as the 'GDLG' gives it, and its font there
+    // ("LargePlain", "SmallBold", ...; empty when the resource names none).
+    short left = 0, top = 0, width = 0, height = 0;
+    std::string font;
     bool visible = true;
     bool enabled = true;
     Int32 value = 0;
@@ -29,6 +38,7 @@ struct DialogItem {
     std::vector<ListRow> rows;
     short selected = 0; // row number, 0 for none
     short tabFields = 1;
+    std::vector<TabField> tabLayout; // the fields placed so far, by field number - 1
     short rowHeight = 0;
     int drawSuspended = 0; // DGDisableDraw calls not yet matched by DGEnableDraw
 
@@ -40,7 +50,7 @@ struct Dialog {
     short resID = 0;
     DialogKind kind = DialogKind::Modal;
     std::string title;
-    short width = 0, height = 0;
+    short width = 0, height = 0;   // the client area: the 'GDLG' frame until DGSetDialogSize
     std::vector<DialogItem> items; // item n is items[n - 1]
     bool visible = true;
     short focus = DG_NO_ITEM;

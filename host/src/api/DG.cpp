@@ -326,6 +326,8 @@ bool DGListSetTabFieldCount(short dialId, short item, short nTabFields) {
     if (list == nullptr || nTabFields < 1)
         return false;
     list->tabFields = nTabFields;
+    if (list->tabLayout.size() > static_cast<size_t>(nTabFields))
+        list->tabLayout.resize(static_cast<size_t>(nTabFields));
     for (ListRow& row : list->rows)
         row.tabs.resize(static_cast<size_t>(nTabFields));
     return true;
@@ -333,8 +335,12 @@ bool DGListSetTabFieldCount(short dialId, short item, short nTabFields) {
 
 void DGListSetTabFieldData(short dialId, short item, short tabIndex, short begPos, short endPos,
                            short /*justFlag*/, short /*truncFlag*/, bool /*hasSeparator*/, bool /*status*/) {
-    const DialogItem* list = ListOf("DGListSetTabFieldData", dialId, item);
-    if (list != nullptr && (tabIndex < 1 || tabIndex > list->tabFields || begPos > endPos))
+    DialogItem* list = ListOf("DGListSetTabFieldData", dialId, item);
+    if (list != nullptr && tabIndex >= 1 && tabIndex <= list->tabFields && begPos <= endPos) {
+        if (list->tabLayout.size() < static_cast<size_t>(tabIndex))
+            list->tabLayout.resize(static_cast<size_t>(tabIndex));
+        list->tabLayout[static_cast<size_t>(tabIndex) - 1] = {begPos, endPos};
+    } else if (list != nullptr)
         Report("DGListSetTabFieldData: tab field " + std::to_string(tabIndex) + " from " +
                std::to_string(begPos) + " to " + std::to_string(endPos) + " does not fit a list of " +
                std::to_string(list->tabFields) + " tab fields");

@@ -4,6 +4,8 @@
 #include "HostImpl.hpp"
 
 #include <algorithm>
+#include <cctype>
+#include <cstring>
 
 namespace achost {
 
@@ -23,13 +25,27 @@ Int64 FirstExtraNumber(const std::vector<ResToken>& line) {
     return 0;
 }
 
+bool IsFontName(const std::string& word) {
+    for (const char* size : {"Large", "Small", "ExtraSmall"})
+        if (word.compare(0, std::strlen(size), size) == 0 && word.size() > std::strlen(size) &&
+            std::isupper(static_cast<unsigned char>(word[std::strlen(size)])))
+            return true;
+    return false;
+}
+
 // One item line of a 'GDLG': `<Type> <left> <top> <width> <height> [words] ["text"]`.
 DialogItem BuildItem(const std::vector<ResToken>& line) {
     DialogItem item;
     item.kind = line[0].text;
-    for (size_t i = 5; i < line.size(); ++i)
+    short* const frame[] = {&item.left, &item.top, &item.width, &item.height};
+    for (size_t i = 0; i < 4; ++i)
+        *frame[i] = static_cast<short>(line[i + 1].number);
+    for (size_t i = 5; i < line.size(); ++i) {
         if (line[i].kind == ResToken::String)
             item.text = line[i].text;
+        else if (line[i].kind == ResToken::Word && item.font.empty() && IsFontName(line[i].text))
+            item.font = line[i].text;
+    }
     if (IsIconKind(item.kind))
         item.icon = static_cast<short>(line.back().kind == ResToken::Number ? line.back().number : 0);
     if (item.IsList())
