@@ -43,7 +43,8 @@ enum class Verb {
     Library,           // library "DIR"
     Missing,           // missing "NAME"
     Libraries,         // libraries: lists the active libraries (the terminal shows them)
-    ExpectLibraries    // expect libraries "DIR"...
+    ExpectLibraries,   // expect libraries "DIR"...
+    Picture            // picture "FILE": the front dialog's picture, as PNG
 };
 
 struct Action {

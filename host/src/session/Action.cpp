@@ -68,6 +68,8 @@ const Form kForms[] = {
     {Verb::ExpectLibraries, "expect libraries \"DIR\"...",
      "the active library folders are these, in this order (none: no folder is active)",
      "expect libraries \"/tmp/Parts\" \"/tmp/More Parts\""},
+    {Verb::Picture, "picture \"FILE\"", "write the front dialog's picture to FILE, as PNG",
+     "picture \"about.png\""},
 };
 
 // What each number of a form may be; a number outside its range is a malformed line, so that a

@@ -1,5 +1,6 @@
 // What a person does and expects at a dialog or an alert, and how both are shown.
 #include "HostImpl.hpp"
+#include "achost/DialogPicture.hpp"
 #include "achost/FrontEnd.hpp"
 
 #include <ostream>
@@ -126,6 +127,15 @@ bool PerformOnDialog(Host::Impl& s, const Action& action, std::string* message) 
         s.CloseBox(dialog.id);
         return true;
     }
+}
+
+bool PerformPicture(Host::Impl& s, const Action& action, std::string* message) {
+    const OpenDialog* front = s.Front();
+    if (front == nullptr) {
+        *message = "'" + action.source + "' needs an open dialog, and none is open";
+        return false;
+    }
+    return WriteDialogPicture(front->view, s.resources, action.texts[0], message);
 }
 
 bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message) {

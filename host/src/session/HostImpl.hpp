@@ -161,6 +161,8 @@ Host::Impl* RunningHost(const char* call, std::initializer_list<Phase> phases);
 bool IsDialogVerb(Verb verb);
 bool PerformOnDialog(Host::Impl& s, const Action& action, std::string* message);
 bool PerformOnAlert(Host::Impl& s, const Action& action, std::string* message);
+// `picture "FILE"`: the front dialog's picture, whatever else is open.
+bool PerformPicture(Host::Impl& s, const Action& action, std::string* message);
 // The session verbs about the environment and file dialogs (project, engines, opened documents,
 // answers to a file dialog), possible in any state.
 bool IsEnvironmentVerb(Verb verb);

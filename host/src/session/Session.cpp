@@ -136,6 +136,8 @@ bool Host::Impl::Perform(const Action& action, std::string* message) {
     }
     if (action.verb == Verb::ExpectDialogState)
         return ExpectDialogState(*this, action, message);
+    if (action.verb == Verb::Picture)
+        return PerformPicture(*this, action, message);
     if (IsEnvironmentVerb(action.verb))
         return PerformOnEnvironment(*this, action, message);
     if (IsLibraryVerb(action.verb))
