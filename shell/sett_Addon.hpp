@@ -12,8 +12,13 @@ inline constexpr char sett_ADDON_SETTINGS_FILE_NAME[32] = "MoravelLibrary_190";
 inline constexpr unsigned char sett_ADDON_HAS_OWN_LANGUAGE = 1;
 // The languages the language dialog offers, as space-separated suffixes.
 inline constexpr char sett_ADDON_SHOWED_LANGUAGES[] = "ita int";
-// Languages supported beyond the five standard ones (suffixes), none here.
+// Languages supported beyond the five standard ones (suffixes), none here. XN_EXTRA_LANGUAGES gives
+// them to a build that shows every language of the resources (the pictures of the dialogs).
+#ifdef XN_EXTRA_LANGUAGES
+inline constexpr char sett_ADDON_SUPP_EXTRA_LANGUAGES[] = XN_EXTRA_LANGUAGES;
+#else
 inline constexpr char sett_ADDON_SUPP_EXTRA_LANGUAGES[] = "";
+#endif
 // 1: only the "plus" versions file applies to this add-on.
 inline constexpr unsigned char sett_ADDON_ONLY_PLUS_VERSION = 0;
 

@@ -67,6 +67,17 @@ int ClosedPort();
 // Sends every HTTP request of this process through a proxy on the local `port`.
 void UseProxy(int port);
 
+// The suite's settings files: records "$key: value" in lines, every byte's two halves exchanged on
+// disk. A record of an image, up to its line feed, with the lines that continue it (they start
+// with "#").
+struct SettingsRecord {
+    std::string key;
+    std::string bytes; // the record as stored, line feeds included
+};
+// Exchanges the two 4-bit halves of every byte: the file's bytes from the image's, and back.
+std::string ExchangeHalves(std::string bytes);
+std::vector<SettingsRecord> Records(const std::string& image);
+
 // Every check, in the order they run.
 const std::vector<Check>& Catalogue();
 

@@ -30,6 +30,29 @@ extern "C" size_t __sanitizer_get_current_allocated_bytes();
 
 namespace achost::validate {
 
+std::string ExchangeHalves(std::string bytes) {
+    for (char& c : bytes)
+        c = static_cast<char>(((static_cast<unsigned char>(c) & 0x0F) << 4) |
+                              (static_cast<unsigned char>(c) >> 4));
+    return bytes;
+}
+
+std::vector<SettingsRecord> Records(const std::string& image) {
+    std::vector<SettingsRecord> records;
+    for (size_t at = 0; at < image.size();) {
+        size_t end = image.find('\n', at);
+        end = end == std::string::npos ? image.size() : end + 1;
+        const std::string line = image.substr(at, end - at);
+        if (line[0] == '#' && !records.empty())
+            records.back().bytes += line;
+        else
+            records.push_back(
+                {line.substr(line[0] == '$' ? 1 : 0, line.find(": ") - (line[0] == '$' ? 1 : 0)), line});
+        at = end;
+    }
+    return records;
+}
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -72,16 +95,6 @@ struct CheckedHost {
     int tolerated = 0;
     Host host;
 };
-
-// "menu R I" for every enabled item of every menu the host knows now.
-std::vector<std::string> EveryCommand(const Host& host) {
-    std::vector<std::string> lines;
-    for (const Menu* menu : host.Menus())
-        for (size_t i = 0; i < menu->items.size(); ++i)
-            if ((menu->items[i].flags & API_MenuItemDisabled) == 0)
-                lines.push_back("menu " + std::to_string(menu->resID) + " " + std::to_string(i + 1));
-    return lines;
-}
 
 std::vector<std::string> RegisteredCommands(const Host& host) {
     std::vector<std::string> lines;
@@ -536,36 +549,6 @@ void CheckSessions(CheckContext& context) {
 }
 
 // The shared settings file -----------------------------------------------------------------------
-
-// A record of a settings image: "$key: value" up to its line feed, with the lines that continue it
-// (they start with "#").
-struct SettingsRecord {
-    std::string key;
-    std::string bytes; // the record as stored, line feeds included
-};
-
-std::string ExchangeHalves(std::string bytes) {
-    for (char& c : bytes)
-        c = static_cast<char>(((static_cast<unsigned char>(c) & 0x0F) << 4) |
-                              (static_cast<unsigned char>(c) >> 4));
-    return bytes;
-}
-
-std::vector<SettingsRecord> Records(const std::string& image) {
-    std::vector<SettingsRecord> records;
-    for (size_t at = 0; at < image.size();) {
-        size_t end = image.find('\n', at);
-        end = end == std::string::npos ? image.size() : end + 1;
-        const std::string line = image.substr(at, end - at);
-        if (line[0] == '#' && !records.empty())
-            records.back().bytes += line;
-        else
-            records.push_back(
-                {line.substr(line[0] == '$' ? 1 : 0, line.find(": ") - (line[0] == '$' ? 1 : 0)), line});
-        at = end;
-    }
-    return records;
-}
 
 // Other add-ons' records, with the bytes a careless rewrite would change.
 std::string ForeignImage(std::mt19937_64& random, int extra) {

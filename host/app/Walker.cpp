@@ -22,6 +22,15 @@ std::string DialogName(const Dialog& dialog) {
 
 } // namespace
 
+std::vector<std::string> EveryCommand(const Host& host) {
+    std::vector<std::string> lines;
+    for (const Menu* menu : host.Menus())
+        for (size_t i = 0; i < menu->items.size(); ++i)
+            if ((menu->items[i].flags & API_MenuItemDisabled) == 0)
+                lines.push_back("menu " + std::to_string(menu->resID) + " " + std::to_string(i + 1));
+    return lines;
+}
+
 std::vector<std::string> DialogActions(const Dialog& dialog) {
     std::vector<std::string> lines;
     for (size_t n = 1; n <= dialog.items.size(); ++n) {

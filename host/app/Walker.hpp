@@ -56,6 +56,9 @@ private:
     int unanswered = 0; // consecutive waits with nothing shown inside an action
 };
 
+// "menu R I" for every enabled item of every menu the host knows now.
+std::vector<std::string> EveryCommand(const Host& host);
+
 // Every visible, enabled item of `dialog` a person could act on, as action lines.
 std::vector<std::string> DialogActions(const Dialog& dialog);
 

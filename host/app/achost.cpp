@@ -1,4 +1,5 @@
 // achost: loads an add-on into the host and lets a person, or a script, use it (see kHelp).
+#include "Render.hpp"
 #include "Validate.hpp"
 #include "achost/FrontEnd.hpp"
 #include "achost/SharedFolder.hpp"
@@ -62,11 +63,17 @@ const char kHelp[] =
     "                [--check NAME]... ADDON\n"
     "                        put ADDON through named checks, each in a process of its own; a failure\n"
     "                        prints the command that replays it (achost validate --list names the checks)\n"
+    "achost render RESID [--lang N] [--script FILE] [--check-fit] -o FILE.png [ADDON]\n"
+    "                        draw dialog RESID (its 'GDLG' resource) as PNG: as the command that opens it\n"
+    "                        shows it, found by trying every command, or as the actions of FILE leave it;\n"
+    "                        in language N (0 to 6 or ita int fra ger spa jap rus: stored in the add-on's\n"
+    "                        own settings file in a shared folder of the run's own); --check-fit fails\n"
+    "                        (exit code 1) when a text does not fit its item, naming each\n"
     "\n"
-    "Exit codes: 0 success, 1 a script expectation failed or the add-on called the host wrongly,\n"
-    "2 bad arguments, an add-on that cannot run, a malformed script or output that cannot be written,\n"
-    "3 an exception escaped the add-on. An add-on that crashes is named with the call it was in, and\n"
-    "the signal ends achost.\n";
+    "Exit codes: 0 success, 1 a script expectation failed, the add-on called the host wrongly or (render\n"
+    "--check-fit) a text does not fit, 2 bad arguments, an add-on that cannot run, a malformed script, a\n"
+    "dialog that cannot be drawn or output that cannot be written, 3 an exception escaped the add-on. An\n"
+    "add-on that crashes is named with the call it was in, and the signal ends achost.\n";
 
 struct Arguments {
     std::string addon, script, sharedFolder, updateFolder;
@@ -238,6 +245,9 @@ int main(int argc, char** argv) {
     achost::InstallCrashReport();
     if (argc > 1 && std::strcmp(argv[1], "validate") == 0)
         return achost::validate::Validate(std::vector<std::string>(argv + 2, argv + argc));
+    if (argc > 1 && std::strcmp(argv[1], "render") == 0)
+        return Finish(
+            achost::render::Render(std::vector<std::string>(argv + 2, argv + argc), DefaultAddon()));
     std::ios::sync_with_stdio(false); // lets the terminal see typed-ahead lines while the run loop turns
     Arguments args;
     std::string error;
