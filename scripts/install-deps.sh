@@ -8,7 +8,9 @@ packages=(
     libgtest-dev libgmock-dev googletest libbenchmark-dev
     libicu-dev libcurl4-openssl-dev libuv1-dev libedit-dev libmicrohttpd-dev curl
     nlohmann-json3-dev
-    libcairo2-dev libpango1.0-dev fonts-dejavu-core
+    # Text of the guides and the dialog pictures; MotoyaLCedar, the smallest font in Debian that
+    # covers Japanese, draws what DejaVu Sans lacks.
+    libcairo2-dev libpango1.0-dev fonts-dejavu-core fonts-motoya-l-cedar
     clang-format xdg-utils
 )
 

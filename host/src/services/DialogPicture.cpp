@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 
@@ -87,61 +88,74 @@ const char kFontList[] = "DejaVu Sans, MotoyaLCedar";
 // The package that installs each family on Debian, named when one is missing.
 const char* const kFontPackages[] = {"fonts-dejavu-core", "fonts-motoya-l-cedar"};
 
+// The host's fonts: a fontconfig setup of its own that holds only the files of kFontFamilies, and a
+// pango font map over it. Made at the first picture; released when the process ends, fontconfig's
+// own caches included, so that a leak check sees nothing left behind.
 struct Fonts {
-    PangoFontMap* map = nullptr; // lives as long as the process
-    std::string problem;
+    FcConfig* config = nullptr;
+    PangoFontMap* map = nullptr;
+    std::string problem; // why there are no fonts
 };
 
-// The files of the system's fonts of each family, added to a fontconfig setup of the host's own.
-Fonts LoadFonts() {
-    Fonts fonts;
-    FcConfig* system = FcInitLoadConfigAndFonts();
-    FcConfig* own = FcConfigCreate();
-    for (size_t f = 0; f < std::size(kFontFamilies) && fonts.problem.empty(); ++f) {
-        const FontFamily& family = kFontFamilies[f];
-        FcPattern* pattern = FcPatternCreate();
-        FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.name));
-        FcObjectSet* objects = FcObjectSetBuild(FC_FILE, FC_STYLE, FC_FAMILY, nullptr);
-        FcFontSet* found = system != nullptr ? FcFontList(system, pattern, objects) : nullptr;
-        int added = 0;
-        for (int i = 0; found != nullptr && i < found->nfont; ++i) {
-            FcChar8 *file = nullptr, *style = nullptr, *name = nullptr;
-            if (FcPatternGetString(found->fonts[i], FC_FILE, 0, &file) != FcResultMatch ||
-                FcPatternGetString(found->fonts[i], FC_STYLE, 0, &style) != FcResultMatch ||
-                FcPatternGetString(found->fonts[i], FC_FAMILY, 0, &name) != FcResultMatch ||
-                std::strcmp(reinterpret_cast<const char*>(name), family.name) != 0)
-                continue;
-            const std::string styleName = reinterpret_cast<const char*>(style);
-            if (!family.styles.empty() &&
-                std::find(family.styles.begin(), family.styles.end(), styleName) == family.styles.end())
-                continue;
+Fonts sFonts;
+
+void ReleaseFonts() {
+    if (sFonts.map != nullptr)
+        g_object_unref(sFonts.map);
+    FcConfigAppFontClear(sFonts.config);
+    FcConfigDestroy(sFonts.config);
+    FcFini();
+}
+
+// Adds the files of the family's styles, as the system's fontconfig setup lists them; how many.
+int AddFamily(FcConfig* own, const FontFamily& family) {
+    FcPattern* pattern = FcPatternCreate();
+    FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.name));
+    FcObjectSet* objects = FcObjectSetBuild(FC_FILE, FC_STYLE, FC_FAMILY, nullptr);
+    FcFontSet* found = FcFontList(FcConfigGetCurrent(), pattern, objects);
+    int added = 0;
+    for (int i = 0; found != nullptr && i < found->nfont; ++i) {
+        FcChar8 *file = nullptr, *style = nullptr, *name = nullptr;
+        if (FcPatternGetString(found->fonts[i], FC_FILE, 0, &file) != FcResultMatch ||
+            FcPatternGetString(found->fonts[i], FC_STYLE, 0, &style) != FcResultMatch ||
+            FcPatternGetString(found->fonts[i], FC_FAMILY, 0, &name) != FcResultMatch ||
+            std::strcmp(reinterpret_cast<const char*>(name), family.name) != 0)
+            continue;
+        const std::string styleName = reinterpret_cast<const char*>(style);
+        if (family.styles.empty() ||
+            std::find(family.styles.begin(), family.styles.end(), styleName) != family.styles.end())
             added += FcConfigAppFontAddFile(own, file) ? 1 : 0;
-        }
-        if (found != nullptr)
-            FcFontSetDestroy(found);
-        FcObjectSetDestroy(objects);
-        FcPatternDestroy(pattern);
-        if (added == 0)
-            fonts.problem = std::string("the font \"") + family.name +
-                            "\" is not installed (Debian package " + kFontPackages[f] +
-                            "; scripts/install-deps.sh installs it)";
     }
-    if (system != nullptr)
-        FcConfigDestroy(system);
-    if (fonts.problem.empty()) {
-        fonts.map = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);
-        if (fonts.map == nullptr)
-            fonts.problem = "cairo cannot draw text with FreeType fonts";
-        else
-            pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fonts.map), own);
-    }
-    FcConfigDestroy(own); // the font map holds its own reference
-    return fonts;
+    if (found != nullptr)
+        FcFontSetDestroy(found);
+    FcObjectSetDestroy(objects);
+    FcPatternDestroy(pattern);
+    return added;
 }
 
 const Fonts& TheFonts() {
-    static const Fonts fonts = LoadFonts();
-    return fonts;
+    if (sFonts.config != nullptr || !sFonts.problem.empty())
+        return sFonts;
+    // The system's setup is loaded first, as pango's font map would load it on a thread of its own.
+    if (!FcInit()) {
+        sFonts.problem = "fontconfig cannot read its setup";
+        return sFonts;
+    }
+    sFonts.config = FcConfigCreate();
+    std::atexit(ReleaseFonts);
+    for (size_t f = 0; f < std::size(kFontFamilies) && sFonts.problem.empty(); ++f)
+        if (AddFamily(sFonts.config, kFontFamilies[f]) == 0)
+            sFonts.problem = std::string("the font \"") + kFontFamilies[f].name +
+                             "\" is not installed (Debian package " + kFontPackages[f] +
+                             "; scripts/install-deps.sh installs it)";
+    if (sFonts.problem.empty()) {
+        sFonts.map = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);
+        if (sFonts.map == nullptr)
+            sFonts.problem = "cairo cannot draw text with FreeType fonts";
+        else
+            pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(sFonts.map), sFonts.config);
+    }
+    return sFonts;
 }
 
 // A context for laying out text: grey antialiasing, no hinting, so that sizes do not depend on
