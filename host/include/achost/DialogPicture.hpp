@@ -35,7 +35,4 @@ GS_HOST_EXPORT bool WriteDialogPicture(const Dialog& dialog, const ResourceSet& 
 GS_HOST_EXPORT bool FindCutTexts(const Dialog& dialog, const ResourceSet& resources,
                                  std::vector<CutText>* cut, std::string* error);
 
-// The width and height of a dialog's picture, in pixels.
-GS_HOST_EXPORT void DialogPictureSize(const Dialog& dialog, int* width, int* height);
-
 } // namespace achost

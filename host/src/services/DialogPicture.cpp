@@ -25,6 +25,7 @@ namespace {
 constexpr int kTitleBarHeight = 22;
 constexpr int kBorder = 1;
 constexpr int kDefaultRowHeight = 18;
+constexpr int kLargestPicture = 8192;
 constexpr double kMarkSize = 14;     // check box and radio button
 constexpr double kMarkGap = 6;       // between the mark and the text
 constexpr double kButtonInset = 6;   // between a button's edge and its text
@@ -580,10 +581,14 @@ void DrawTitleBar(cairo_t* cr, const Dialog& dialog) {
     }
 }
 
+// The width and height of a dialog's picture: its client area, the title bar and the border.
+void DialogPictureSize(const Dialog& dialog, int* width, int* height) {
+    *width = std::max<int>(0, dialog.width) + 2 * kBorder;
+    *height = std::max<int>(0, dialog.height) + kTitleBarHeight + 2 * kBorder;
+}
+
 // Draws the whole picture onto a surface of DialogPictureSize.
 void Draw(cairo_t* cr, const Dialog& dialog, Icons& icons) {
-    int width = 0, height = 0;
-    DialogPictureSize(dialog, &width, &height);
     SetColor(cr, kFrame);
     cairo_paint(cr);
     cairo_translate(cr, kBorder, kBorder + kTitleBarHeight);
@@ -630,11 +635,6 @@ bool WriteFile(const std::string& path, const std::string& bytes, std::string* e
 
 } // namespace
 
-void DialogPictureSize(const Dialog& dialog, int* width, int* height) {
-    *width = std::max<int>(0, dialog.width) + 2 * kBorder;
-    *height = std::max<int>(0, dialog.height) + kTitleBarHeight + 2 * kBorder;
-}
-
 bool WriteDialogPicture(const Dialog& dialog, const ResourceSet& resources, const std::string& path,
                         std::string* error) {
     if (!TheFonts().problem.empty()) {
@@ -643,6 +643,12 @@ bool WriteDialogPicture(const Dialog& dialog, const ResourceSet& resources, cons
     }
     int width = 0, height = 0;
     DialogPictureSize(dialog, &width, &height);
+    if (width > kLargestPicture || height > kLargestPicture) {
+        *error = "dialog " + std::to_string(dialog.resID) + " is " + std::to_string(dialog.width) + " x " +
+                 std::to_string(dialog.height) + " pixels, more than a picture may be (" +
+                 std::to_string(kLargestPicture) + " on a side)";
+        return false;
+    }
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
     cairo_t* cr = cairo_create(surface);
     Icons icons(resources);
