@@ -1,3 +1,4 @@
+// achost render: the dialog reached, in the language asked for, drawn and measured.
 #include "Render.hpp"
 #include "Validate.hpp"
 #include "Walker.hpp"
@@ -57,19 +58,19 @@ bool ParseOptions(const std::vector<std::string>& args, Options* options, std::s
             *error = arg + " needs a value";
             return false;
         }
-        if (arg == "--lang" && !ParseLanguage(args[++i], &options->language)) {
-            *error =
-                "--lang takes a language number 0 to 6 or its name (ita int fra ger spa jap rus), not '" +
-                Shown(args[i]) + "'";
-            return false;
+        if (arg == "--lang") {
+            if (!ParseLanguage(args[++i], &options->language)) {
+                *error = "--lang takes a language number 0 to 6 or its name (ita int fra ger spa jap rus), "
+                         "not '" +
+                         Shown(args[i]) + "'";
+                return false;
+            }
         } else if (arg == "--script")
             options->script = args[++i];
         else if (arg == "-o")
             options->output = args[++i];
         else if (arg == "--check-fit")
             options->checkFit = true;
-        else if (arg == "--lang")
-            continue;
         else if (arg.empty() || arg[0] == '-') {
             *error = arg.empty() ? "an empty argument" : "unknown option " + Shown(arg);
             return false;
@@ -212,7 +213,7 @@ std::optional<Dialog> WalkTo(Host& host, short resID, std::string* error) {
         opened.push_back(entry.first);
     *error = "dialog " + std::to_string(resID) + " is " +
              (picture.hidden ? "opened but never shown" : "never opened") +
-             " by a command of the add-on (its " + "commands open " + DialogIDs(opened) +
+             " by a command of the add-on (its commands open " + DialogIDs(opened) +
              "); --script FILE can take the steps that show it";
     return std::nullopt;
 }
@@ -275,9 +276,9 @@ int Render(const std::vector<std::string>& arguments, const std::string& default
         return Fail("the add-on has no dialog " + std::to_string(options.resID) +
                     " (its 'GDLG' resources: " + DialogIDs(dialogs) + ")");
     if (options.language >= 0) { // the add-on reads its language when it starts
+        const std::string name = host.AddonName();
         host.Quit();
-        if (!StoreLanguage(shared.path, host.AddonName(), options.language, &error) ||
-            !host.Start(options.addon, &error))
+        if (!StoreLanguage(shared.path, name, options.language, &error) || !host.Start(options.addon, &error))
             return Fail(error);
     }
 
