@@ -203,7 +203,7 @@ std::optional<Dialog> WalkTo(Host& host, short resID, std::string* error) {
     walker.budget = 10000;
     PictureTaker picture(walker, resID, false);
     for (const std::string& line : validate::EveryCommand(host)) {
-        walker.idle = {line, "wait download"};
+        walker.idle = validate::CommandAndItsTransfers(line);
         RunSession(host, picture);
         if (picture.taken)
             return picture.taken;

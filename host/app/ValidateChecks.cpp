@@ -319,11 +319,6 @@ struct AnsweringNetwork {
     UpdateServer server;
 };
 
-// A command, then the transfers it started, so that what they show is part of the command.
-std::deque<std::string> CommandAndItsTransfers(const std::string& line) {
-    return {line, "wait download"};
-}
-
 void CheckMenus(CheckContext& context) {
     CheckedHost checked(context);
     Host& host = checked.host;

@@ -31,6 +31,10 @@ std::vector<std::string> EveryCommand(const Host& host) {
     return lines;
 }
 
+std::deque<std::string> CommandAndItsTransfers(const std::string& line) {
+    return {line, "wait download"};
+}
+
 std::vector<std::string> DialogActions(const Dialog& dialog) {
     std::vector<std::string> lines;
     for (size_t n = 1; n <= dialog.items.size(); ++n) {

@@ -58,6 +58,8 @@ private:
 
 // "menu R I" for every enabled item of every menu the host knows now.
 std::vector<std::string> EveryCommand(const Host& host);
+// A command, then the transfers it started, so that what they show is part of the command.
+std::deque<std::string> CommandAndItsTransfers(const std::string& line);
 
 // Every visible, enabled item of `dialog` a person could act on, as action lines.
 std::vector<std::string> DialogActions(const Dialog& dialog);
