@@ -78,6 +78,8 @@ protected:
     }
 };
 
+// The references in pictures/ are achost render's own pictures of the same dialogs; when the look
+// changes on purpose they are drawn again with the first and third rows' arguments.
 TEST_F(PicturesTest, DialogsLookLikeTheirReferencesWithinTheBudget) {
     const std::string out = temp.PathOf("out.png");
     const struct {
@@ -114,7 +116,7 @@ TEST_F(PicturesTest, DialogsLookLikeTheirReferencesWithinTheBudget) {
     }
 }
 
-TEST_F(PicturesTest, WhatCannotBeDrawnIsSaidWithExitCode2) {
+TEST_F(PicturesTest, EachProblemIsNamedWithItsExitCode) {
     const std::string out = temp.PathOf("out.png"), empty = Script("empty.acs", "");
     const struct {
         const char* name;
