@@ -31,7 +31,8 @@ if command -v ccache >/dev/null; then
 fi
 CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DXN_FUZZ=ON \
     -DXN_SANITIZE=ON -DXN_BUILD_BENCHMARKS=OFF >/dev/null
-cmake --build "$build" --target "${targets[@]/#/fuzz_}"
+# Every target, so none is left linked against an older build of the shared host library.
+cmake --build "$build" --target "${all[@]/#/fuzz_}"
 
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
