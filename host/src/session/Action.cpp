@@ -1,5 +1,8 @@
 #include "achost/Action.hpp"
 
+#include <algorithm>
+#include <iterator>
+
 namespace achost {
 
 namespace {
@@ -100,6 +103,7 @@ const Int64 kTooLarge = 999999999999999999;
 
 bool Tokenize(const std::string& text, std::vector<Token>* tokens, std::string* source, std::string* error) {
     size_t i = 0;
+    size_t end = 0; // just after the last token read
     while (true) {
         while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
             ++i;
@@ -135,8 +139,9 @@ bool Tokenize(const std::string& text, std::vector<Token>* tokens, std::string* 
             }
         }
         tokens->push_back(token);
-        *source = text.substr(0, i);
+        end = i;
     }
+    *source = text.substr(0, end);
     return true;
 }
 
@@ -153,44 +158,64 @@ bool IsPlaceholder(const std::string& word) {
     return word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
 }
 
+// Each form's pattern split into its words, once.
+const std::vector<std::string>& PartsOf(size_t form) {
+    static const std::vector<std::vector<std::string>> parts = [] {
+        std::vector<std::vector<std::string>> all;
+        for (const Form& f : kForms)
+            all.push_back(Words(f.pattern, ' '));
+        return all;
+    }();
+    return parts[form];
+}
+
+// True when `word` is one of the `|`-separated choices of `part`; a choice in quotes stands for
+// any string token.
+bool MatchesChoice(const std::string& part, const Token& token) {
+    for (size_t start = 0;;) {
+        const size_t end = std::min(part.find('|', start), part.size());
+        const bool isString = part[start] == '"';
+        if (isString ? token.kind == Token::String
+                     : token.kind != Token::String &&
+                           token.text.compare(0, std::string::npos, part, start, end - start) == 0)
+            return true;
+        if (end == part.size())
+            return false;
+        start = end + 1;
+    }
+}
+
 // Matches the tokens against one form, filling the action's numbers and texts. A line of the form's
 // shape with a number out of range does not match; `range` then says which. A last part ending in
 // "..." stands for any number of such parts, none included.
-bool Matches(const Form& form, const std::vector<Token>& tokens, Action* action, std::string* range) {
-    auto parts = Words(form.pattern, ' ');
+bool Matches(size_t formIndex, const std::vector<Token>& tokens, Action* action, std::string* range) {
+    const Form& form = kForms[formIndex];
+    const std::vector<std::string>& parts = PartsOf(formIndex);
     const std::string& last = parts.back();
-    if (last.size() > 3 && last.compare(last.size() - 3, 3, "...") == 0) {
-        const std::string repeated = last.substr(0, last.size() - 3);
-        parts.pop_back();
-        while (parts.size() < tokens.size())
-            parts.push_back(repeated);
-    }
-    if (parts.size() != tokens.size())
+    const bool repeats = last.size() > 3 && last.compare(last.size() - 3, 3, "...") == 0;
+    const size_t fixed = parts.size() - (repeats ? 1 : 0);
+    if (repeats ? tokens.size() < fixed : tokens.size() != fixed)
         return false;
+    const std::string repeated = repeats ? last.substr(0, last.size() - 3) : std::string();
     action->numbers.clear();
     action->texts.clear();
     std::string outOfRange;
-    for (size_t i = 0; i < parts.size(); ++i) {
+    for (size_t i = 0; i < tokens.size(); ++i) {
         const Token& token = tokens[i];
-        if (IsPlaceholder(parts[i])) {
+        const std::string& part = i < fixed ? parts[i] : repeated;
+        if (IsPlaceholder(part)) {
             if (token.kind != Token::Number)
                 return false;
-            const Placeholder& p = RangeOf(parts[i]);
+            const Placeholder& p = RangeOf(part);
             if ((token.number < p.min || token.number > p.max) && outOfRange.empty())
-                outOfRange = parts[i] + " is " + std::to_string(p.min) + " to " + std::to_string(p.max) +
+                outOfRange = part + " is " + std::to_string(p.min) + " to " + std::to_string(p.max) +
                              ", not " + Shown(token.text, 20) + " (" + form.pattern + ")";
             action->numbers.push_back(token.number);
             continue;
         }
-        bool matched = false;
-        for (const auto& choice : Words(parts[i], '|')) {
-            const bool isString = choice.front() == '"';
-            matched = matched || (isString ? token.kind == Token::String
-                                           : token.kind != Token::String && token.text == choice);
-        }
-        if (!matched)
+        if (!MatchesChoice(part, token))
             return false;
-        if (parts[i].find_first_of("|\"") != std::string::npos)
+        if (part.find_first_of("|\"") != std::string::npos)
             action->texts.push_back(token.text);
     }
     if (!outOfRange.empty()) {
@@ -244,10 +269,11 @@ ParseResult ParseAction(const std::string& line, Action* action, std::string* er
         return ParseResult::Empty;
     std::string forms, range;
     size_t best = 0; // how many leading words the closest forms share with the line
-    for (const Form& form : kForms) {
-        if (Matches(form, tokens, action, &range))
+    for (size_t f = 0; f < std::size(kForms); ++f) {
+        const Form& form = kForms[f];
+        if (Matches(f, tokens, action, &range))
             return ParseResult::Parsed;
-        const auto parts = Words(form.pattern, ' ');
+        const std::vector<std::string>& parts = PartsOf(f);
         size_t shared = 0;
         while (shared < parts.size() && shared < tokens.size() && parts[shared] == tokens[shared].text)
             ++shared;
