@@ -90,44 +90,31 @@ class XN_ListNumbersTest : public XN_ListTest {};
 using NumberTypes = ::testing::Types<short, int, long>;
 TYPED_TEST_SUITE(XN_ListNumbersTest, NumberTypes);
 
-TYPED_TEST(XN_ListNumbersTest, InsertionPutsTheElementAtItsIndex) {
-    const std::pair<long, Longs> cases[] = {
-        {-1, {1, 2, 3, 9}}, {0, {9, 1, 2, 3}}, {1, {1, 9, 2, 3}}, {3, {1, 2, 3, 9}}};
-    for (const auto& [index, expected] : cases) {
-        SCOPED_TRACE(index);
-        XN_List<TypeParam> list = ListOf<TypeParam>({1, 2, 3});
-        list.AddData(9, index);
-        EXPECT_EQ(Values(list), expected);
-        ExpectBlockMatchesCount(list);
-    }
-}
-
-TEST_F(XN_ListTest, DeletionIgnoresIndicesOutsideTheList) {
-    const std::pair<long, Longs> cases[] = {{-1, {1, 2, 3}}, {3, {1, 2, 3}}, {0, {2, 3}}, {2, {1, 2}}};
-    for (const auto& [index, expected] : cases) {
-        SCOPED_TRACE(index);
-        XN_List<Counted> list = ListOf<Counted>({1, 2, 3});
-        list.DeleteData(index);
-        EXPECT_EQ(Values(list), expected);
-        ExpectBlockMatchesCount(list);
-    }
-}
-
-TEST_F(XN_ListTest, SetSizeZeroesWhatItDoesNotKeep) {
-    struct Case {
-        Longs start;
-        long newCount;
-        bool keep;
+// Elements are moved by their size in bytes: each operation runs over elements of three sizes.
+TYPED_TEST(XN_ListNumbersTest, InsertionDeletionAndResizingKeepTheOrder) {
+    using List = XN_List<TypeParam>;
+    const struct {
+        const char* name;
+        void (*operation)(List&);
         Longs expected;
+    } cases[] = {
+        {"append", [](List& l) { l.AddData(9, -1); }, {1, 2, 3, 9}},
+        {"insert first", [](List& l) { l.AddData(9, 0); }, {9, 1, 2, 3}},
+        {"insert inside", [](List& l) { l.AddData(9, 1); }, {1, 9, 2, 3}},
+        {"insert at the count", [](List& l) { l.AddData(9, 3); }, {1, 2, 3, 9}},
+        {"delete -1 is ignored", [](List& l) { l.DeleteData(-1); }, {1, 2, 3}},
+        {"delete at the count is ignored", [](List& l) { l.DeleteData(3); }, {1, 2, 3}},
+        {"delete first", [](List& l) { l.DeleteData(0); }, {2, 3}},
+        {"delete last", [](List& l) { l.DeleteData(2); }, {1, 2}},
+        {"negative size empties", [](List& l) { l.SetSize(-5, true); }, {}},
+        {"growing keeps and zeroes the new elements", [](List& l) { l.SetSize(5, true); }, {1, 2, 3, 0, 0}},
+        {"growing without keeping zeroes all", [](List& l) { l.SetSize(4, false); }, {0, 0, 0, 0}},
+        {"shrinking keeps the first", [](List& l) { l.SetSize(2, true); }, {1, 2}},
     };
-    const Case cases[] = {{{7}, -5, true, {}},
-                          {{7}, 3, true, {7, 0, 0}},
-                          {{7}, 3, false, {0, 0, 0}},
-                          {{7, 8, 9}, 2, true, {7, 8}}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.newCount);
-        XN_List<long> list = ListOf<long>(c.start);
-        list.SetSize(c.newCount, c.keep);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        List list = ListOf<TypeParam>({1, 2, 3});
+        c.operation(list);
         EXPECT_EQ(Values(list), c.expected);
         ExpectBlockMatchesCount(list);
     }

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -22,25 +23,22 @@ XN_String Utf8(const char* text) {
     return text ? XN_String(text, XN_String::Encoding_UTF8) : XN_String();
 }
 
-TEST(XN_Location, SetDropsOneTrailingSlash) {
-    const std::vector<std::pair<const char*, const char*>> cases = {
-        {"/a/b/", "/a/b"}, {"/a/b", "/a/b"}, {"/", ""}, {"", ""}, {"/a//", "/a/"}, {nullptr, "<null>"}};
-    for (const auto& [path, stored] : cases) {
+TEST(XN_Location, SetDropsOneTrailingSlashAndSetLastNameReplacesTheLastComponent) {
+    // path, stored by Set, after SetLastName("x.txt")
+    const std::tuple<const char*, const char*, const char*> cases[] = {{"/a/b/", "/a/b", "/a/x.txt"},
+                                                                       {"/a//", "/a/", "/a/x.txt"},
+                                                                       {"/", "", "x.txt"},
+                                                                       {"", "", "x.txt"},
+                                                                       {"c", "c", "x.txt"},
+                                                                       {"/c", "/c", "/x.txt"},
+                                                                       {nullptr, "<null>", "<null>"}};
+    for (const auto& [path, stored, renamed] : cases) {
         SCOPED_TRACE(path ? path : "null");
         XN_Location location;
         location.Set(Utf8(path));
         EXPECT_EQ(Text(location), stored);
-    }
-}
-
-TEST(XN_Location, SetLastNameReplacesTheLastComponent) {
-    const std::vector<std::pair<const char*, const char*>> cases = {
-        {"/a/b/c", "/a/b/x.txt"}, {"c", "x.txt"}, {"/c", "/x.txt"}, {nullptr, "<null>"}};
-    for (const auto& [path, expected] : cases) {
-        SCOPED_TRACE(path ? path : "null");
-        XN_Location location(Utf8(path));
         location.SetLastName("x.txt");
-        EXPECT_EQ(Text(location), expected);
+        EXPECT_EQ(Text(location), renamed);
     }
 }
 

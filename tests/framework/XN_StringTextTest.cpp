@@ -115,40 +115,34 @@ TEST(XN_StringTransform, ReplaceRangeBeyondCapacityDropsTheRestOfTheText) {
     EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(s.GetBuffer()) + 5, 4), std::u16string(4, 0));
 }
 
-// The pieces a splitter gives, appended to a list that held a stale element.
-using Pieces = std::vector<std::string>;
-template <class Splitter>
-Pieces PiecesOf(const XN_String& s, Splitter split) {
-    XN_List<XN_String> list;
-    list.AddData(XN_String("stale"), -1);
-    split(s, list);
-    return Shown(list);
-}
-Pieces ByComma(const XN_String& s) {
-    return PiecesOf(s, [](const XN_String& t, XN_List<XN_String>& out) { t.Split(out, ','); });
-}
-Pieces Lines(const XN_String& s, bool removeEOL) {
-    return PiecesOf(
-        s, [removeEOL](const XN_String& t, XN_List<XN_String>& out) { t.SplitLines(out, removeEOL, true); });
-}
-Pieces Words(const XN_String& s) {
-    return PiecesOf(s, [](const XN_String& t, XN_List<XN_String>& out) { t.SplitBySpaces(out); });
-}
-
 TEST(XN_StringSplit, PiecesAndNullPieces) {
+    using Pieces = std::vector<std::string>;
+    // The pieces of `s` split at commas, lines (with or without their ends) or spaces, into a list that
+    // held a stale element.
+    const auto split = [](const XN_String& s, const char* how) {
+        XN_List<XN_String> list;
+        list.AddData(XN_String("stale"), -1);
+        if (*how == ',')
+            s.Split(list, ',');
+        else if (*how == ' ')
+            s.SplitBySpaces(list);
+        else
+            s.SplitLines(list, *how == '-', true);
+        return Shown(list);
+    };
     const std::string N = "<null>";
     XN_String null;
     ExpectRows<Pieces>({
-        {"Split", ByComma("a,,b"), {"a", N, "b"}},
-        {"Split trailing", ByComma("a,"), {"a", N}},
-        {"Split empty", ByComma(""), {N}},
-        {"Split null", ByComma(null), {N}},
-        {"lines without ends", Lines("a\r\nb\rc\n\nd\n", true), {"a", "b", "c", N, "d", N}},
-        {"lines with ends", Lines("a\r\nb\rc\n", false), {"a\r\n", "b\r", "c\n", N}},
-        {"lines of null", Lines(null, true), {N}},
-        {"words", Words(" a \t b "), {N, "a", "b", N}},
-        {"words of one", Words("ab"), {"ab"}},
-        {"words of empty", Words(""), {N}},
+        {"Split", split("a,,b", ","), {"a", N, "b"}},
+        {"Split trailing", split("a,", ","), {"a", N}},
+        {"Split empty", split("", ","), {N}},
+        {"Split null", split(null, ","), {N}},
+        {"lines without ends", split("a\r\nb\rc\n\nd\n", "-"), {"a", "b", "c", N, "d", N}},
+        {"lines with ends", split("a\r\nb\rc\n", "+"), {"a\r\n", "b\r", "c\n", N}},
+        {"lines of null", split(null, "-"), {N}},
+        {"words", split(" a \t b ", " "), {N, "a", "b", N}},
+        {"words of one", split("ab", " "), {"ab"}},
+        {"words of empty", split("", " "), {N}},
     });
     XN_List<XN_String> kept;
     XN_String("a\nb").SplitLines(kept, true, true);
