@@ -1,6 +1,7 @@
 // XN_File on real files: result codes from real failures and host faults, text round trips in every
 // Unicode form with and without byte-order mark, the bytes actually written, binary reads and writes.
 #include "XN_File.hpp"
+#include "XN_StringTest.hpp"
 
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
@@ -16,14 +17,11 @@ namespace {
 namespace fs = std::filesystem;
 using xn_test::TempFolder;
 using E = XN_String;
-
-XN_String Utf8(const char* text) {
-    return XN_String(text, XN_String::Encoding_UTF8);
-}
+using xn_test::FromUtf8;
 
 class XN_FileTest : public xn_test::TempFolderTest {
 protected:
-    XN_Location At(const char* relative) const { return XN_Location(Utf8(temp.PathOf(relative).c_str())); }
+    XN_Location At(const char* relative) const { return XN_Location(FromUtf8(temp.PathOf(relative))); }
     std::string Bytes(const char* relative) const { return TempFolder::Read(temp.PathOf(relative)); }
     achost::ScopedFaults faults;
 };
@@ -46,7 +44,7 @@ TEST_F(XN_FileTest, ResultCodesOfRealFailures) {
     EXPECT_EQ(XN_File::WriteBin(At("new"), "x", 1, false, false), 6);
     EXPECT_FALSE(fs::exists(temp.PathOf("new")));
     ASSERT_EQ(file.Open(At("f"), XN_File_ReadMode), 0);
-    EXPECT_EQ(file.WriteFullText(Utf8("x"), E::Encoding_UTF8, false, nullptr), 2)
+    EXPECT_EQ(file.WriteFullText(FromUtf8("x"), E::Encoding_UTF8, false, nullptr), 2)
         << "written while read-only";
 }
 
@@ -61,7 +59,7 @@ TEST_F(XN_FileTest, HostErrorsMapToResultCodes) {
         achost::FailFileOperation(achost::FileOperation::FileRead, code);
         EXPECT_EQ(XN_File::ReadFullText(At("f"), text, false, E::Encoding_UTF8), result);
         achost::FailFileOperation(achost::FileOperation::FileWrite, code);
-        EXPECT_EQ(XN_File::WriteFullText(At("f"), Utf8("abc"), E::Encoding_UTF8, false, false), result);
+        EXPECT_EQ(XN_File::WriteFullText(At("f"), FromUtf8("abc"), E::Encoding_UTF8, false, false), result);
     }
 }
 
@@ -69,8 +67,8 @@ TEST_F(XN_FileTest, TextRoundTripsInEveryUnicodeForm) {
     // The text ends in a character without zero bytes in UTF-8 and UTF-16. UTF-32 in machine
     // (little-endian) order always ends in zero bytes, which are not written: the last character
     // does not survive that form.
-    const XN_String text = Utf8("Grüße, 𝄞 and €");
-    const XN_String lessLast = Utf8("Grüße, 𝄞 and ");
+    const XN_String text = FromUtf8("Grüße, 𝄞 and €");
+    const XN_String lessLast = FromUtf8("Grüße, 𝄞 and ");
     const std::pair<E::Encoding, const XN_String*> cases[] = {{E::Encoding_UTF8, &text},
                                                               {E::Encoding_UTF16, &text},
                                                               {E::Encoding_UTF16BE, &text},
@@ -96,10 +94,10 @@ TEST_F(XN_FileTest, TextRoundTripsInEveryUnicodeForm) {
 TEST_F(XN_FileTest, TrailingZeroBytesAreNeverWritten) {
     const unsigned short endsInZero[] = {'a', 0};
     const std::tuple<const char*, XN_String, E::Encoding, bool, std::string> cases[] = {
-        {"UTF-8 with mark", Utf8("Aé"), E::Encoding_UTF8, true, "\xEF\xBB\xBF\x41\xC3\xA9"},
-        {"UTF-32BE", Utf8("Aé"), E::Encoding_UTF32BE, false, std::string("\0\0\0A\0\0\0\xE9", 8)},
-        {"UTF-16 with mark", Utf8("Aé"), E::Encoding_UTF16, true, std::string("\xFF\xFE\x41\0\xE9", 5)},
-        {"UTF-32", Utf8("Aé"), E::Encoding_UTF32, false, std::string("A\0\0\0\xE9", 5)},
+        {"UTF-8 with mark", FromUtf8("Aé"), E::Encoding_UTF8, true, "\xEF\xBB\xBF\x41\xC3\xA9"},
+        {"UTF-32BE", FromUtf8("Aé"), E::Encoding_UTF32BE, false, std::string("\0\0\0A\0\0\0\xE9", 8)},
+        {"UTF-16 with mark", FromUtf8("Aé"), E::Encoding_UTF16, true, std::string("\xFF\xFE\x41\0\xE9", 5)},
+        {"UTF-32", FromUtf8("Aé"), E::Encoding_UTF32, false, std::string("A\0\0\0\xE9", 5)},
         {"a zero character at the end", XN_String(endsInZero, 2), E::Encoding_UTF8, false, "a"},
         {"the null string", XN_String(), E::Encoding_UTF8, false, ""}};
     for (const auto& [name, text, encoding, bom, bytes] : cases) {
@@ -115,10 +113,10 @@ TEST_F(XN_FileTest, TrailingZeroBytesAreNeverWritten) {
 }
 
 TEST_F(XN_FileTest, AppendOrWriteAfresh) {
-    EXPECT_EQ(XN_File::WriteFullText(At("t"), Utf8("ab"), E::Encoding_UTF8, false, true), 0) << "creates";
-    EXPECT_EQ(XN_File::WriteFullText(At("t"), Utf8("cd"), E::Encoding_UTF8, false, true), 0);
+    EXPECT_EQ(XN_File::WriteFullText(At("t"), FromUtf8("ab"), E::Encoding_UTF8, false, true), 0) << "creates";
+    EXPECT_EQ(XN_File::WriteFullText(At("t"), FromUtf8("cd"), E::Encoding_UTF8, false, true), 0);
     EXPECT_EQ(Bytes("t"), "abcd");
-    EXPECT_EQ(XN_File::WriteFullText(At("t"), Utf8("e"), E::Encoding_UTF8, false, false), 0);
+    EXPECT_EQ(XN_File::WriteFullText(At("t"), FromUtf8("e"), E::Encoding_UTF8, false, false), 0);
     EXPECT_EQ(Bytes("t"), "e");
 
     EXPECT_EQ(XN_File::WriteBin(At("b"), "12", 2, false, true), 0);

@@ -1,5 +1,6 @@
 // XN_Location: path rules, conversion through the host, folder questions and enumeration of a real tree.
 #include "XN_Location.hpp"
+#include "XN_StringTest.hpp"
 
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
@@ -15,13 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Text(const XN_String& s) {
-    return s.IsNull() ? "<null>" : s.ToCStr(XN_String::Encoding_UTF8).Get();
-}
-
-XN_String Utf8(const char* text) {
-    return text ? XN_String(text, XN_String::Encoding_UTF8) : XN_String();
-}
+using xn_test::FromUtf8;
+using xn_test::Show;
 
 TEST(XN_Location, SetDropsOneTrailingSlashAndSetLastNameReplacesTheLastComponent) {
     // path, stored by Set, after SetLastName("x.txt")
@@ -35,10 +31,10 @@ TEST(XN_Location, SetDropsOneTrailingSlashAndSetLastNameReplacesTheLastComponent
     for (const auto& [path, stored, renamed] : cases) {
         SCOPED_TRACE(path ? path : "null");
         XN_Location location;
-        location.Set(Utf8(path));
-        EXPECT_EQ(Text(location), stored);
+        location.Set(path ? FromUtf8(path) : XN_String());
+        EXPECT_EQ(Show(location), stored);
         location.SetLastName("x.txt");
-        EXPECT_EQ(Text(location), renamed);
+        EXPECT_EQ(Show(location), renamed);
     }
 }
 
@@ -46,18 +42,18 @@ TEST(XN_Location, ConvertsToAndFromHostLocations) {
     achost::ScopedFaults faults;
     XN_Location location;
     location.Set(IO::Location("/p/q/"));
-    EXPECT_EQ(Text(location), "/p/q");
+    EXPECT_EQ(Show(location), "/p/q");
     location.Set(IO::Location());
-    EXPECT_EQ(Text(location), "<null>");
+    EXPECT_EQ(Show(location), "<null>");
 
-    const XN_Location accented(Utf8("/tmp/Grüße/€"));
-    EXPECT_EQ(Text(accented.GetPOSIXPath()), "/tmp/Grüße/€");
-    EXPECT_EQ(Text(XN_Location().GetPOSIXPath()), "<null>");
+    const XN_Location accented(FromUtf8("/tmp/Grüße/€"));
+    EXPECT_EQ(Show(accented.GetPOSIXPath()), "/tmp/Grüße/€");
+    EXPECT_EQ(Show(XN_Location().GetPOSIXPath()), "<null>");
 
     achost::FailFileOperation(achost::FileOperation::LocationToPath, ErrIO);
     location.Set(IO::Location("/p"));
-    EXPECT_EQ(Text(location), "<null>") << "a failed conversion leaves no location";
-    EXPECT_EQ(Text(XN_Location::AddOnLocation(true)), "<null>") << "outside a running add-on";
+    EXPECT_EQ(Show(location), "<null>") << "a failed conversion leaves no location";
+    EXPECT_EQ(Show(XN_Location::AddOnLocation(true)), "<null>") << "outside a running add-on";
 }
 
 class XN_LocationTreeTest : public xn_test::TempFolderTest {
@@ -69,14 +65,14 @@ protected:
         for (const char* file :
              {"A.TXT", "b.txt", "readme", "f.d/readme", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"})
             xn_test::TempFolder::Write(temp.PathOf(file), "x");
-        root = XN_Location(Utf8(temp.Path().c_str()));
+        root = XN_Location(FromUtf8(temp.Path()));
     }
 
     // The paths of `list` relative to the test folder.
     std::vector<std::string> Relative(const XN_List<XN_Location>& list) const {
         std::vector<std::string> paths;
         for (long i = 0; i < list.count; ++i)
-            paths.push_back(Text(list[i]).substr(temp.Path().size() + 1));
+            paths.push_back(Show(list[i]).substr(temp.Path().size() + 1));
         return paths;
     }
 
@@ -106,7 +102,7 @@ TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
         SCOPED_TRACE(c.name);
         XN_List<XN_String> filter;
         for (const char* extension : c.filter)
-            filter.AddData(Utf8(extension), -1);
+            filter.AddData(FromUtf8(extension), -1);
         const bool noFilter = c.filter.size() == 1 && std::string(c.filter[0]) == "-";
         XN_List<XN_Location> files;
         EXPECT_TRUE(root.GetFilesInFolder(noFilter ? nullptr : &filter, c.recursive, &files));
@@ -126,14 +122,14 @@ TEST_F(XN_LocationTreeTest, SubFoldersAndFolderTests) {
         {"sub", true}, {"sub/deep", true}, {"b.txt", false}, {"missing", false}, {"missing/sub", false}};
     for (const auto& [relative, isFolder] : cases) {
         SCOPED_TRACE(relative);
-        EXPECT_EQ(XN_Location(Utf8(temp.PathOf(relative).c_str())).IsFolder(), isFolder);
+        EXPECT_EQ(XN_Location(FromUtf8(temp.PathOf(relative))).IsFolder(), isFolder);
     }
     EXPECT_FALSE(XN_Location().IsFolder());
 }
 
 TEST_F(XN_LocationTreeTest, EnumerationFailures) {
     XN_List<XN_Location> files;
-    EXPECT_FALSE(XN_Location(Utf8(temp.PathOf("missing").c_str())).GetFilesInFolder(nullptr, true, &files));
+    EXPECT_FALSE(XN_Location(FromUtf8(temp.PathOf("missing"))).GetFilesInFolder(nullptr, true, &files));
     EXPECT_FALSE(XN_Location().GetSubFolders(true, &files));
     achost::FailFileOperation(achost::FileOperation::FolderEnumerate, ErrIO);
     EXPECT_FALSE(root.GetFilesInFolder(nullptr, false, &files));

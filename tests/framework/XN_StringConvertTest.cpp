@@ -22,10 +22,6 @@ std::string Bytes(const XN_CString& c) {
     return std::string(c.Get() ? c.Get() : "", c.GetByteCount());
 }
 
-std::string Terminated(std::string bytes, std::size_t zeros) {
-    return bytes.append(zeros, '\0');
-}
-
 // name, encoding, kMixed in it ("?" for what it cannot hold), those bytes read back, terminator size
 const std::tuple<const char*, XN_String::Encoding, std::string, std::string, std::size_t> kEncodings[] = {
     {"UTF-7", E::Encoding_UTF7, "+AOkgrCEiTi3YPd4A-", kMixed, 1},
@@ -48,7 +44,7 @@ TEST(XN_StringConvert, EveryEncodingBothWays) {
     for (const auto& [name, encoding, bytes, decoded, terminator] : kEncodings) {
         SCOPED_TRACE(name);
         XN_CString out = text.ToCStr(encoding);
-        EXPECT_EQ(Bytes(out), Terminated(bytes, terminator));
+        EXPECT_EQ(Bytes(out), bytes + std::string(terminator, '\0'));
         EXPECT_EQ(out.GetEncoding(), encoding);
         EXPECT_EQ(XN_String::XN_StringToCStringLenBytes(encoding, text), static_cast<long>(bytes.size()));
         XN_String back(bytes.data(), static_cast<unsigned int>(bytes.size()), encoding);

@@ -15,16 +15,13 @@
 #include <vector>
 
 using xn_test::ExpectRows;
+using xn_test::FromUtf8;
 using xn_test::Show;
 
 namespace {
 
 using E = XN_String;
 constexpr unsigned int kNone = XN_String::kNotFound;
-
-XN_String U8(const char* text) {
-    return XN_String(text, XN_String::Encoding_UTF8);
-}
 
 std::vector<std::string> Shown(const XN_List<XN_String>& list) {
     std::vector<std::string> pieces;
@@ -42,8 +39,8 @@ TEST(XN_StringSearch, FindsAndRejects) {
         {"IndexOf", hello.IndexOf("lo", 0), 3},
         {"IndexOf past the match", hello.IndexOf("lo", 4), kNone},
         {"IndexOf empty", hello.IndexOf("", 0), kNone},
-        {"IndexOfIgnoreCase", U8("aÉTÉ").IndexOfIgnoreCase(U8("été"), 0), 1},
-        {"IndexOf is case-sensitive", U8("aÉTÉ").IndexOf(U8("été"), 0), kNone},
+        {"IndexOfIgnoreCase", FromUtf8("aÉTÉ").IndexOfIgnoreCase(FromUtf8("été"), 0), 1},
+        {"IndexOf is case-sensitive", FromUtf8("aÉTÉ").IndexOf(FromUtf8("été"), 0), kNone},
         {"LastIndexOf", abcab.LastIndexOf("ab"), 3},
         {"LastIndexOf match extends past from", abcab.LastIndexOf("ab", 3), 3},
         {"LastIndexOf from before", abcab.LastIndexOf("ab", 2), 0},
@@ -81,8 +78,8 @@ TEST(XN_StringTransform, ReplaceTrimRepeatAndCase) {
         {"repeat", Show(XN_String::RepeatedSequence("ab", 3)), "ababab"},
         {"repeat 0", Show(XN_String::RepeatedSequence("ab", 0)), ""},
         {"repeat negative", Show(XN_String::RepeatedSequence("ab", -1)), "<null>"},
-        {"lower", Show(U8("ÀbC").ToLowerCase()), "àbc"},
-        {"upper", Show(U8("àbc").ToUpperCase()), "ÀBC"},
+        {"lower", Show(FromUtf8("ÀbC").ToLowerCase()), "àbc"},
+        {"upper", Show(FromUtf8("àbc").ToUpperCase()), "ÀBC"},
     });
     EXPECT_EQ(XN_String("aaa").Replace("aa", "bbb").GetCapacity(), 5u); // one exact allocation
 }

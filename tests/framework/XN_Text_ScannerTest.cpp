@@ -1,5 +1,6 @@
 // XN_Text_Scanner: the reads and, above all, where each leaves the position.
 #include "XN_Text_Scanner.hpp"
+#include "XN_StringTest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +8,7 @@
 
 namespace {
 
-std::string Text(const XN_String& s) {
-    return s.IsNull() ? "<null>" : s.ToCStr(XN_String::Encoding_UTF8).Get();
-}
+using xn_test::Show;
 
 struct Scanner : XN_Text_Scanner {
     explicit Scanner(const char* text) { Set(XN_String(text, XN_String::Encoding_UTF8)); }
@@ -62,23 +61,23 @@ TEST(XN_Text_Scanner, ReadLineSplitsAtEveryLineEnd) {
         Scanner scanner(c.text);
         std::vector<std::string> lines;
         for (size_t i = 0; i < c.lines.size(); ++i)
-            lines.push_back(Text(scanner.ReadLine(c.withEOL, true)));
+            lines.push_back(Show(scanner.ReadLine(c.withEOL, true)));
         EXPECT_EQ(lines, c.lines);
     }
     Scanner scanner("a\nb");
-    EXPECT_EQ(Text(scanner.ReadLine(false, false)), "a");
+    EXPECT_EQ(Show(scanner.ReadLine(false, false)), "a");
     EXPECT_EQ(scanner.GetPosition(), 0u);
 }
 
 TEST(XN_Text_Scanner, TokensStopAtDelimitersOnly) {
     Scanner scanner(" \r\n a/*b*/c\td");
-    EXPECT_EQ(Text(scanner.ReadToken(2, false)), "a/*b*/c");
-    EXPECT_EQ(Text(scanner.ReadToken(2, false)), "a/*b*/c") << "looking ahead twice";
-    EXPECT_EQ(Text(scanner.ReadToken(0, true)), "<null>") << "no skipping: the empty token";
-    EXPECT_EQ(Text(scanner.ReadToken(2, true)), "a/*b*/c");
+    EXPECT_EQ(Show(scanner.ReadToken(2, false)), "a/*b*/c");
+    EXPECT_EQ(Show(scanner.ReadToken(2, false)), "a/*b*/c") << "looking ahead twice";
+    EXPECT_EQ(Show(scanner.ReadToken(0, true)), "<null>") << "no skipping: the empty token";
+    EXPECT_EQ(Show(scanner.ReadToken(2, true)), "a/*b*/c");
     EXPECT_EQ(scanner.GetPosition(), 11u);
-    EXPECT_EQ(Text(scanner.ReadToken(1, true)), "d");
-    EXPECT_EQ(Text(scanner.ReadToken(1, true)), "<null>");
+    EXPECT_EQ(Show(scanner.ReadToken(1, true)), "d");
+    EXPECT_EQ(Show(scanner.ReadToken(1, true)), "<null>");
 }
 
 TEST(XN_Text_Scanner, DoubleQuotedStrings) {
@@ -98,13 +97,13 @@ TEST(XN_Text_Scanner, DoubleQuotedStrings) {
         Scanner scanner(c.text);
         XN_String value("-");
         EXPECT_EQ(scanner.ReadDoubleQuotedString(value, 2, true), c.result);
-        EXPECT_EQ(Text(value), c.value);
+        EXPECT_EQ(Show(value), c.value);
         EXPECT_EQ(scanner.GetPosition(), c.position);
     }
     Scanner kept(R"( "ab" x)");
     XN_String value;
     EXPECT_TRUE(kept.ReadDoubleQuotedString(value, 2, false));
-    EXPECT_EQ(Text(value), "ab");
+    EXPECT_EQ(Show(value), "ab");
     EXPECT_EQ(kept.GetPosition(), 0u) << "moved without advance";
 }
 
@@ -145,8 +144,8 @@ TEST(XN_Text_Scanner, CommentSkippingQuirks) {
 TEST(XN_Text_Scanner, EmptyAndGarbageTextsAreHarmless) {
     XN_Text_Scanner empty;
     empty.Set(XN_String());
-    EXPECT_EQ(Text(empty.ReadLine(true, true)), "<null>");
-    EXPECT_EQ(Text(empty.ReadToken(3, true)), "<null>");
+    EXPECT_EQ(Show(empty.ReadLine(true, true)), "<null>");
+    EXPECT_EQ(Show(empty.ReadToken(3, true)), "<null>");
     XN_String value;
     EXPECT_FALSE(empty.ReadDoubleQuotedString(value, 3, true));
     EXPECT_EQ(empty.FindText("a", 0, true), -1);
