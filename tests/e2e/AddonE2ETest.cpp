@@ -1,6 +1,4 @@
 // The real add-on in the real host: through the C++ driver, and through the achost program.
-#include "achost/ElfFile.hpp"
-
 #include "HostTest.hpp"
 
 #include <gtest/gtest.h>
@@ -10,50 +8,13 @@
 
 namespace {
 
-class AddonTest : public xn_test::SharedFolderTest {
-protected:
-    void Start(achost::Host& host) {
-        std::string error;
-        ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
-    }
-    // Runs xn-settings VERB on the add-on's own settings file; returns what it printed.
-    std::string Settings(const std::string& verb, const std::string& arguments) {
-        std::filesystem::create_directories(temp.PathOf("Shared"));
-        std::string output;
-        xn_test::RunProgram(XN_SETTINGS_PROGRAM " " + verb + " " +
-                                temp.PathOf("Shared/MoravelLibrary_190.cfg") + " " + arguments +
-                                " 2>/dev/null",
-                            &output);
-        return output;
-    }
-};
-
-TEST_F(AddonTest, ExportsExactlyTheFourEntryPoints) {
-    achost::ElfFile file;
-    std::string error;
-    ASSERT_TRUE(file.Open(MORAVEL_LIBRARY, &error)) << error;
-    const std::vector<std::string> expected = {"CheckEnvironment", "FreeData", "Initialize",
-                                               "RegisterInterface"};
-    EXPECT_EQ(expected, file.Exports());
-}
-
-TEST_F(AddonTest, RegistersItselfAndItsLibrary) {
-    achost::Host host(options);
-    Start(host);
-    EXPECT_EQ("MoravelLibrary", host.AddonName());
-    EXPECT_EQ("MoravelLibrary 19.0 (AC190)", host.AddonDescription());
-    EXPECT_TRUE(host.BuiltInLibraryRegistered());
-    ASSERT_NE(nullptr, host.RegisteredMenu());
-    EXPECT_EQ(32501, host.RegisteredMenu()->resID);
-    EXPECT_EQ(MenuCode_Extras, host.RegisteredMenu()->position);
-    EXPECT_EQ(7u, host.Menus().size());
-}
+using AddonTest = xn_test::SharedFolderTest;
 
 // Until a command of its own menu keeps it, the add-on is unloaded after each command; the Russian
 // menu has no handler, so choosing its items keeps nothing.
 TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
     achost::Host host(options);
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
     const struct {
         short menu;
         Int32 item;
@@ -84,7 +45,7 @@ TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::Host host(options);
-        Start(host);
+        ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
         EXPECT_EQ("", xn_test::RunLines(host, c.lines));
         EXPECT_EQ(c.stored, Settings("get", "Language_str"));
     }
@@ -190,15 +151,6 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         EXPECT_EQ(c.exitCode, Run(c.before, c.arguments, &output, c.after));
         EXPECT_EQ(c.output, output);
     }
-}
-
-TEST_F(AchostProgramTest, QuitsCleanlyWhenInputEnds) {
-    std::string output;
-    EXPECT_EQ(0, Run("", MORAVEL_LIBRARY, &output));
-    EXPECT_EQ(0u,
-              output.find("MoravelLibrary - MoravelLibrary 19.0 (AC190)\nmenu 32501 \"MoravelLibrary\" in "
-                          "Design > Design Extras\n  1 [ ] About MoravelLibrary...\n"))
-        << output;
 }
 
 } // namespace

@@ -17,8 +17,7 @@ TEST_F(UpdateSlowTest, ANeverAnsweringServerFailsAfterSixtySeconds) {
     ASSERT_TRUE(server.Start([](const std::string&) { return xn_test::Reply{200, "", "", 0, 0, true}; }));
     setenv("http_proxy", server.Address().c_str(), 1);
     achost::Host host(options);
-    std::string error;
-    ASSERT_TRUE(host.Start(MORAVEL_LIBRARY, &error)) << error;
+    ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
     const auto start = std::chrono::steady_clock::now();
     double failedAfter = 0;
     EXPECT_EQ("",

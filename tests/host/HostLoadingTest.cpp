@@ -11,14 +11,16 @@ protected:
         const achost::Menu* found = host.FindMenu(menu);
         return found != nullptr && item <= found->items.size() ? found->items[item - 1].text : "<none>";
     }
-    void Start(achost::Host& host, const char* path = FIXTURE_GOOD) {
-        std::string error;
-        ASSERT_TRUE(host.Start(path, &error)) << error;
-    }
 };
 
 // The real add-on and the achost program cover a missing file, a plain library and another host kind.
+// Without its resources an add-on's registration fails; the host says why, not only the code.
 TEST_F(HostTest, RefusesWhatCannotRun) {
+    xn_test::TempFolder temp;
+    const std::string stripped = temp.PathOf("stripped.so");
+    std::string output;
+    ASSERT_EQ(0, xn_test::RunProgram(
+                     "objcopy --remove-section .achost.resources " FIXTURE_GOOD " " + stripped, &output));
     const struct {
         const char* name;
         std::string path;
@@ -31,6 +33,10 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
         {"Initialize fails", FIXTURE_FAILS_INITIALIZE,
          "Initialize of " FIXTURE_FAILS_INITIALIZE " failed with error 0x81060001"},
         {"text file", FIXTURE_GRC, FIXTURE_GRC " is not a shared library (no ELF header)"},
+        {"no resources", stripped,
+         "RegisterInterface of " + stripped +
+             " failed with error 0x81060065: the add-on carries no resources (its library has no "
+             ".achost.resources section), so none of its menus and texts exist"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -44,25 +50,9 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     }
 }
 
-// Without its resources an add-on's registration fails; the host says why, not only the code.
-TEST_F(HostTest, NamesAnAddonThatCarriesNoResources) {
-    xn_test::TempFolder temp;
-    const std::string stripped = temp.PathOf("stripped.so");
-    std::string output;
-    ASSERT_EQ(0, xn_test::RunProgram(
-                     "objcopy --remove-section .achost.resources " FIXTURE_GOOD " " + stripped, &output));
-    achost::Host host(xn_test::StrictOptions());
-    std::string error;
-    EXPECT_FALSE(host.Start(stripped, &error));
-    EXPECT_EQ("RegisterInterface of " + stripped +
-                  " failed with error 0x81060065: the add-on carries no resources (its library has no "
-                  ".achost.resources section), so none of its menus and texts exist",
-              error);
-}
-
 TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
     achost::Host host(xn_test::StrictOptions());
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     EXPECT_EQ("Fixture", host.AddonName());
     EXPECT_EQ("Café \"quoted\"", host.AddonDescription());
     const achost::Menu* menu = host.RegisteredMenu();
@@ -88,7 +78,7 @@ TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
 // starts again after each reload.
 TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
     achost::Host host(xn_test::StrictOptions());
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     const struct {
         Int32 item;
         const char* countText;
@@ -114,7 +104,7 @@ TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
 TEST_F(HostTest, AnAddonThatStaysMappedAfterItsUnloadIsReported) {
     std::vector<std::string> violations;
     achost::Host host(xn_test::StrictOptions(&violations));
-    Start(host, FIXTURE_STAYS_MAPPED);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_STAYS_MAPPED));
     host.Quit();
     EXPECT_EQ(std::vector<std::string>{"dlclose: " FIXTURE_STAYS_MAPPED
                                        " stays in memory (a thread_local object with a destructor holds it)"},
@@ -123,7 +113,7 @@ TEST_F(HostTest, AnAddonThatStaysMappedAfterItsUnloadIsReported) {
 
 TEST_F(HostTest, ChoosingItemsReachesTheHandlerOfThatMenuOnly) {
     achost::Host host(xn_test::StrictOptions());
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     std::string error;
     ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
     EXPECT_EQ(0u, host.RegisteredMenu()->items[2].flags);
@@ -150,7 +140,7 @@ TEST_F(HostTest, ChoosingItemsReachesTheHandlerOfThatMenuOnly) {
 
 TEST_F(HostTest, ReloadStartsANewRunWithFreshState) {
     achost::Host host(xn_test::StrictOptions());
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     std::string error;
     ASSERT_TRUE(host.ChooseMenuItem(2, &error) && host.ChooseMenuItem(1, &error)) << error;
     ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
@@ -164,7 +154,7 @@ TEST_F(HostTest, ReloadStartsANewRunWithFreshState) {
 TEST_F(HostTest, CallsInTheWrongStateAreReportedByName) {
     std::vector<std::string> violations;
     achost::Host host(xn_test::StrictOptions(&violations));
-    Start(host, FIXTURE_MISBEHAVES);
+    ASSERT_TRUE(xn_test::Started(host, FIXTURE_MISBEHAVES));
     const std::vector<std::string> expected = {"ACAPI_Interface: not allowed in RegisterInterface",
                                                "ACAPI_Register_Menu: not allowed in Initialize"};
     EXPECT_EQ(expected, violations);

@@ -1,14 +1,12 @@
 // The resource compiler: what it accepts, the file and line of what it rejects, and the embedded image.
 #include "achost/ResourceCompiler.hpp"
 
-#include "TempFolder.hpp"
+#include "HostTest.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <sys/wait.h>
 
 namespace {
 
@@ -154,14 +152,10 @@ TEST(ResourceCompilerTest, ImageWithABrokenResourceIsRefusedWithTheReason) {
 class ResourceToolTest : public xn_test::TempFolderTest {
 protected:
     int Run(const std::string& grc, std::string* output, const std::string& image = "") {
-        const std::string command = std::string(ACHOST_GRC_TOOL) + " " + grc + " --images " FIXTURE_IMAGES +
-                                    " --output " + (image.empty() ? temp.PathOf("r.bin") : image) +
-                                    " --asm " + temp.PathOf("r.S") + " 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        char buffer[512];
-        while (fgets(buffer, sizeof buffer, pipe) != nullptr)
-            *output += buffer;
-        return WEXITSTATUS(pclose(pipe));
+        return xn_test::RunProgram(std::string(ACHOST_GRC_TOOL) + " " + grc + " --images " FIXTURE_IMAGES +
+                                       " --output " + (image.empty() ? temp.PathOf("r.bin") : image) +
+                                       " --asm " + temp.PathOf("r.S") + " 2>&1",
+                                   output);
     }
 };
 

@@ -28,14 +28,9 @@ TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
     std::filesystem::create_directories(temp.PathOf("Shared"));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::string own = temp.PathOf("Shared/MoravelLibrary_190.cfg");
-        std::filesystem::remove(own);
-        std::string output;
-        if (c.storedLanguage != nullptr) {
-            ASSERT_EQ(0, xn_test::RunProgram(
-                             XN_SETTINGS_PROGRAM " set " + own + " Language " + c.storedLanguage, &output))
-                << output;
-        }
+        std::filesystem::remove(temp.PathOf("Shared/MoravelLibrary_190.cfg"));
+        if (c.storedLanguage != nullptr)
+            Settings("set", std::string("Language ") + c.storedLanguage);
         options.hostKind = static_cast<API_ApplicationTypeID>(c.hostKind);
         achost::Host host(options);
         std::string error;
@@ -46,7 +41,7 @@ TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
         EXPECT_EQ(0, host.ResourceStringReads()) << "menu item texts written";
         // The achost program says which add-on failed, in which entry point, with which error.
         if (c.hostKind == 0) {
-            output.clear();
+            std::string output;
             EXPECT_NE(0, xn_test::RunProgram(ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") +
                                                  " --list-menus " + c.addon + " 2>&1",
                                              &output));

@@ -10,8 +10,7 @@ using LanguageDialogTest = xn_test::SharedFolderTest;
 
 TEST_F(LanguageDialogTest, OkKeepsTheOpeningLanguagesText) {
     achost::Host host(options);
-    std::string error;
-    ASSERT_TRUE(host.Start(ITALIAN_OK_ADDON, &error)) << error;
+    ASSERT_TRUE(xn_test::Started(host, ITALIAN_OK_ADDON));
     EXPECT_EQ("", xn_test::RunLines(
                       host, {"menu 3", "select 3 1", "expect item 2 \"Annulla\"", "expect item 1 \"OK\"",
                              "click 1", "menu 3", "expect item 1 \"Va bene\"", "select 3 2",

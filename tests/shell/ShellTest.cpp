@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 namespace {
 
 constexpr Int32 kOtherMenuCommand = kResourceCaseCount + 1;
@@ -19,21 +17,9 @@ class ShellTest : public xn_test::SharedFolderTest {
 protected:
     void SetUp() override {
         xn_test::SharedFolderTest::SetUp();
-        // Automatic update checks off: the probe has no result dialog to show.
-        Store("MoravelLibrary_190.cfg", "AutoUpdate", "0");
-        std::string error;
-        ASSERT_TRUE(host.Start(PROBE_ADDON, &error)) << error;
+        Settings("set", "AutoUpdate 0"); // automatic update checks off: the probe has no result dialog
+        ASSERT_TRUE(xn_test::Started(host, PROBE_ADDON));
     }
-    void Store(const std::string& file, const std::string& key, const std::string& value) {
-        std::filesystem::create_directories(temp.PathOf("Shared"));
-        std::string output;
-        ASSERT_EQ(0, xn_test::RunProgram(XN_SETTINGS_PROGRAM " set " + temp.PathOf("Shared/" + file) + " " +
-                                             key + " " + value,
-                                         &output))
-            << output;
-    }
-    // Stores "Probe" in the suite's shared settings file, as another add-on of the suite would.
-    void StoreShared(const std::string& value) { Store("Quillane.cfg", "Probe", value); }
     achost::Host host{options};
 };
 
@@ -82,7 +68,7 @@ TEST_F(ShellTest, OnlyTheFirstCommandOfEachHostRunRereadsTheSettings) {
         if (s.reloadFirst) {
             ASSERT_TRUE(host.Reload(&error)) << error;
         }
-        StoreShared(s.stored);
+        Settings("set", std::string("Probe ") + s.stored, "Quillane.cfg"); // as another add-on would
         ASSERT_TRUE(host.ChooseMenuItem(kOwnMenuCommand, &error)) << error;
         EXPECT_EQ(s.held, host.RegisteredMenu()->items[kOwnMenuCommand - 1].text);
     }

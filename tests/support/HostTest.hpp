@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <sys/wait.h>
@@ -29,6 +30,15 @@ inline achost::HostOptions StrictOptions(std::vector<std::string>* collected = n
             ADD_FAILURE() << "add-on error: " << message;
     };
     return options;
+}
+
+// Starts `addon` in `host`; false, with the reason as a test failure, when it does not start.
+inline bool Started(achost::Host& host, const std::string& addon) {
+    std::string error;
+    const bool started = host.Start(addon, &error);
+    if (!started)
+        ADD_FAILURE() << error;
+    return started;
 }
 
 // Runs `lines` as one session of the C++ driver; returns the failure that ended it, or "".
@@ -67,6 +77,21 @@ protected:
         achost::SetSharedFolder("");
         TempFolderTest::TearDown();
     }
+#ifdef XN_SETTINGS_PROGRAM
+    // Runs xn-settings VERB on `file` in the shared folder (the add-on's own settings file unless
+    // given), with `arguments` after the file; returns what it printed on standard output. A failed
+    // set fails the test.
+    std::string Settings(const std::string& verb, const std::string& arguments,
+                         const std::string& file = "MoravelLibrary_190.cfg") {
+        std::filesystem::create_directories(temp.PathOf("Shared"));
+        std::string output;
+        const int exitCode = RunProgram(XN_SETTINGS_PROGRAM " " + verb + " " + temp.PathOf("Shared/" + file) +
+                                            " " + arguments + " 2>/dev/null",
+                                        &output);
+        EXPECT_TRUE(exitCode == 0 || verb != "set") << "xn-settings " << verb << " " << arguments;
+        return output;
+    }
+#endif
     achost::HostOptions options = StrictOptions();
 };
 
