@@ -27,71 +27,41 @@ std::string LineAfter(const std::string& output, const std::string& label) {
     return output.substr(start, output.find('\n', start) - start);
 }
 
-struct Row {
-    const char* name;
-    const char* addon;
-    const char* check; // "" for the whole catalogue
-    int exitCode;
-    std::vector<const char*> seen; // every one appears in the output
-};
-
 class ValidateTest : public xn_test::TempFolderTest {};
 
 TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
-    const Row rows[] = {
-        {"good add-on",
-         BROKEN_GOOD,
-         "",
-         0,
-         {"PASS exports", "PASS dialogs", "PASS settings", "7 checks, 0 failed"}},
-        {"missing export", BROKEN_MISSING_EXPORT, "exports", 1, {"FAIL exports", "does not export FreeData"}},
-        {"extra export",
-         BROKEN_EXTRA_EXPORT,
-         "exports",
-         1,
-         {"exports more than its four entry points: FixtureExtraExport"}},
-        {"leak",
-         BROKEN_LEAKS,
-         "lifecycle",
-         1,
-         {"FAIL lifecycle", "1 memory handle was still allocated after 1"}},
-        {"crash in a dialog callback",
-         BROKEN_CRASHES_IN_DIALOG,
+    const std::string options = "--strictness 2 --seed 7 --timeout 2 ";
+    int exitCode = -1;
+    const std::string good = Validate(options + BROKEN_GOOD, &exitCode);
+    EXPECT_EQ(0, exitCode) << good;
+    for (const char* seen : {"strictness 2, seed 7, repeat 1, timeout 2 s", "PASS exports", "PASS dialogs",
+                             "PASS settings", "7 checks, 0 failed"})
+        EXPECT_NE(std::string::npos, good.find(seen)) << seen << "\n" << good;
+    const struct {
+        const char* addon;
+        std::string check;
+        std::vector<const char*> seen; // every one appears in the output
+    } rows[] = {
+        {BROKEN_MISSING_EXPORT, "exports", {"does not export FreeData"}},
+        {BROKEN_EXTRA_EXPORT, "exports", {"exports more than its four entry points: FixtureExtraExport"}},
+        {BROKEN_LEAKS, "lifecycle", {"1 memory handle was still allocated after 1"}},
+        {BROKEN_CRASHES_IN_DIALOG,
          "dialogs",
-         1,
-         {"FAIL dialogs", "crashed", "dialog 32600 opened by menu 32500 1, closed by click 2"}},
-        {"item set on a closed dialog",
-         BROKEN_SETS_CLOSED_DIALOG,
-         "dialogs",
-         1,
-         {"FAIL dialogs", "DGSetItemText: no dialog 1 is open"}},
-        {"hang in a command",
-         BROKEN_HANGS,
-         "menus",
-         1,
-         {"FAIL menus", "hung: no verdict within 2.00 s (while menu 32500 2)"}},
-        {"exception out of a command",
-         BROKEN_THROWS,
-         "menus",
-         1,
-         {"FAIL menus", "threw an exception (fixture failure) out of menu command 32500 item 2"}},
+         {"crashed", "dialog 32600 opened by menu 32500 1, closed by click 2"}},
+        {BROKEN_SETS_CLOSED_DIALOG, "dialogs", {"DGSetItemText: no dialog 1 is open"}},
+        {BROKEN_HANGS, "menus", {"hung: no verdict within 2.00 s (while menu 32500 2)"}},
+        {BROKEN_THROWS, "menus", {"threw an exception (fixture failure) out of menu command 32500 item 2"}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string check = *row.check != '\0' ? std::string("--check ") + row.check + " " : "";
-        int exitCode = -1;
-        const std::string output =
-            Validate(check + "--strictness 2 --seed 7 --timeout 2 " + std::string(row.addon), &exitCode);
-        EXPECT_EQ(row.exitCode, exitCode) << output;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.addon);
+        const std::string output = Validate("--check " + row.check + " " + options + row.addon, &exitCode);
+        EXPECT_EQ(1, exitCode) << output;
+        EXPECT_NE(std::string::npos, output.find("FAIL " + row.check)) << output;
         for (const char* seen : row.seen)
             EXPECT_NE(std::string::npos, output.find(seen)) << seen << "\n" << output;
-        EXPECT_NE(std::string::npos, output.find("strictness 2, seed 7, repeat 1, timeout 2 s")) << output;
-        if (row.exitCode == 0)
-            continue;
         // One command replays the failure: the same check, seed and strictness see the same fault.
         const std::string replay = LineAfter(output, "  replay: ");
-        EXPECT_NE(std::string::npos,
-                  replay.find(std::string("--check ") + row.check + " --strictness 2 --seed 7"));
+        EXPECT_NE(std::string::npos, replay.find("--check " + row.check + " --strictness 2 --seed 7"));
         std::string again;
         EXPECT_EQ(1, RunProgram(replay + " 2>&1", &again)) << again;
         const std::regex time(" \\(\\d+\\.\\d+ s\\)");
