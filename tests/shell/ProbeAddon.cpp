@@ -1,6 +1,6 @@
 // A test add-on built on the shell's library: its menu items run the shell's functions inside a real
 // host, with inputs the test chooses, and show the results as item texts.
-#include "ACAPinc.h"
+#include "AddonFixture.hpp"
 #include "ResourceCases.hpp"
 #include "XN_AddonSettings.hpp"
 #include "XN_Language.hpp"
@@ -45,17 +45,4 @@ GSErrCode ProbeMenu(const API_MenuParams* params) {
 
 } // namespace
 
-#define EXPORT extern "C" __attribute__((visibility("default")))
-
-EXPORT API_AddonType CheckEnvironment(API_EnvirParams*) {
-    return APIAddon_Normal;
-}
-EXPORT GSErrCode RegisterInterface() {
-    return ACAPI_Register_Menu(kProbeMenu, 0, MenuCode_Extras, 0);
-}
-EXPORT GSErrCode Initialize() {
-    return ACAPI_Install_MenuHandler(kProbeMenu, ProbeMenu);
-}
-EXPORT GSErrCode FreeData() {
-    return NoError;
-}
+FIXTURE_ONE_MENU_ENTRY_POINTS(kProbeMenu, ProbeMenu)
