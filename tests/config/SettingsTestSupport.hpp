@@ -30,7 +30,7 @@ inline void WritePlain(const std::string& path, const std::string& plain) {
 }
 
 // Each test gets its own empty shared folder, and both stores start empty and loaded from it.
-class SharedFolderTest : public TempFolderTest {
+class SettingsStoreTest : public TempFolderTest {
 protected:
     void SetUp() override {
         achost::SetSharedFolder(temp.Path());

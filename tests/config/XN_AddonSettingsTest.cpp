@@ -1,7 +1,7 @@
 // The settings store on real files: its operations, what Save writes, what Load keeps, the guards.
 #include "SettingsTestSupport.hpp"
 
-#include "achost/Host.hpp"
+#include "HostTest.hpp"
 
 #include <csignal>
 #include <filesystem>
@@ -36,7 +36,7 @@ Records SharedRecords() {
     return records;
 }
 
-using AddonSettingsTest = SharedFolderTest;
+using AddonSettingsTest = SettingsStoreTest;
 
 TEST_F(AddonSettingsTest, KeysAreExactTheFirstRecordWinsAndSetReportsTrue) {
     WritePlain(OwnPath(), "$Key: 1\n$key: 2\n$Key: 3\n");
@@ -172,11 +172,9 @@ TEST_F(AddonSettingsTest, OneByteOverTheLimitIsRefusedOnBothSides) {
 // In an add-on, whose stores start unloaded: Get with loading fails while the file does not parse,
 // and loads again next time; a failed forced reload keeps the loaded flag, so Get loads no more.
 TEST_F(AddonSettingsTest, LoadingOnDemandAndAFailedReload) {
-    achost::HostOptions options;
-    options.onViolation = [](const std::string& message) { ADD_FAILURE() << message; };
-    achost::Host host(options);
+    achost::Host host(StrictOptions());
+    ASSERT_TRUE(Started(host, COMM_PROBE));
     std::string error;
-    ASSERT_TRUE(host.Start(COMM_PROBE, &error)) << error;
     const struct {
         const char* plain;
         Int32 item; // 2: Get "a" with loading, 3: forced reload
@@ -193,14 +191,6 @@ TEST_F(AddonSettingsTest, LoadingOnDemandAndAFailedReload) {
         ASSERT_TRUE(host.ChooseMenuItem(32500, step.item, &error)) << error;
         EXPECT_EQ(step.shown, host.FindMenu(32500)->items[step.item - 1].text);
     }
-}
-
-// Names in a folder, to prove that a save left nothing behind.
-std::set<std::string> Names(const std::string& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.insert(entry.path().filename().string());
-    return names;
 }
 
 TEST_F(AddonSettingsTest, SaveKeepsTheFileAsItWasOnlyNewer) {
@@ -224,8 +214,8 @@ TEST_F(AddonSettingsTest, SaveKeepsTheFileAsItWasOnlyNewer) {
     if (root) {
         EXPECT_EQ(std::make_pair(4242u, 4243u), std::make_pair(info.st_uid, info.st_gid));
     }
-    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "real"}), Names(temp.Path()));
-    EXPECT_EQ(std::set<std::string>{"shared.cfg"}, Names(temp.PathOf("real")));
+    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "real"}), TempFolder::Names(temp.Path()));
+    EXPECT_EQ(std::set<std::string>{"shared.cfg"}, TempFolder::Names(temp.PathOf("real")));
 }
 
 // Saving never blocks on or replaces what is not a regular file, nor a file made read-only; reading
@@ -257,7 +247,7 @@ TEST_F(AddonSettingsTest, SaveRefusesWhatItMustNotReplace) {
         EXPECT_EQ(std::make_pair(before.st_ino, before.st_mode), std::make_pair(after.st_ino, after.st_mode));
         XN_List<XN_Setting> read; // read without blocking on the FIFO nor reading the device's bytes
         EXPECT_EQ(why == "the file is read-only", XN_SettingsFile_Read(file, read) == XN_SettingsFile_OK);
-        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, TempFolder::Names(temp.Path()));
         std::filesystem::remove(path);
     }
 }
@@ -277,7 +267,7 @@ TEST_F(AddonSettingsTest, AFailedWriteLeavesTheOldFileAndNothingElse) {
     std::signal(SIGXFSZ, previous);
     EXPECT_FALSE(saved);
     EXPECT_EQ(old, TempFolder::Read(SharedPath()));
-    EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+    EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, TempFolder::Names(temp.Path()));
 }
 
 // Runs the save as a user without privileges when this process is root (who may write anywhere);
@@ -318,7 +308,7 @@ TEST_F(AddonSettingsTest, WritesInPlaceWhenANewFileCouldNotTakeTheOldOnesPlace) 
         EXPECT_EQ("$k: new\n", ReadPlain(SharedPath()));
         ASSERT_EQ(0, stat(SharedPath().c_str(), &after));
         EXPECT_EQ(std::make_pair(before.st_ino, before.st_uid), std::make_pair(after.st_ino, after.st_uid));
-        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, Names(temp.Path()));
+        EXPECT_EQ(std::set<std::string>{"Quillane.cfg"}, TempFolder::Names(temp.Path()));
     }
 }
 
@@ -334,7 +324,8 @@ TEST_F(AddonSettingsTest, AMalformedFileIsKeptAsOneCopyBeforeItIsRewritten) {
     WritePlain(SharedPath(), "x");
     EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
     EXPECT_EQ("x", ReadPlain(copy));
-    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "Quillane.cfg.unreadable"}), Names(temp.Path()));
+    EXPECT_EQ((std::set<std::string>{"Quillane.cfg", "Quillane.cfg.unreadable"}),
+              TempFolder::Names(temp.Path()));
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // The suite's marker files, the presence test of the suite and the add-on identifiers.
 #include "SettingsTestSupport.hpp"
 
+#include "HostTest.hpp"
 #include "XN_Comm.hpp"
-#include "achost/Host.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -16,7 +16,7 @@ namespace {
 const char* const kOwnMarker = "MoravelLibrary_190_19.sui";
 const char* const kSuiteMarker = "Moravel_AC19.sui";
 
-using CommTest = SharedFolderTest;
+using CommTest = SettingsStoreTest;
 
 TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
     const std::set<std::string> others = {
@@ -31,10 +31,7 @@ TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
     EXPECT_EQ("$Moravel Loaded: FALSE\n", ReadPlain(temp.PathOf(kOwnMarker)));
     EXPECT_FALSE(XN_Comm::AddOnFileRead());
     XN_Comm::AddOnsFileDelete();
-    std::set<std::string> left;
-    for (const auto& entry : std::filesystem::directory_iterator(temp.Path()))
-        left.insert(entry.path().filename().string());
-    EXPECT_EQ(others, left);
+    EXPECT_EQ(others, TempFolder::Names(temp.Path()));
     EXPECT_FALSE(XN_Comm::AddOnFileRead()) << "no marker";
 }
 
@@ -73,13 +70,12 @@ TEST_F(CommTest, SuiteIsLoadedAsksTheCentralAddOnThenItsMarker) {
         SCOPED_TRACE(c.marker != nullptr ? c.marker : "no marker");
         if (c.marker != nullptr)
             TempFolder::Write(temp.PathOf(c.marker), "");
-        achost::HostOptions options;
+        achost::HostOptions options = StrictOptions();
         if (c.suiteAnswers)
             options.commands.push_back({XN_Comm::ModulID(XN_Comm_Suite), 'SUIT', 1});
-        options.onViolation = [](const std::string& message) { ADD_FAILURE() << message; };
         achost::Host host(options);
+        ASSERT_TRUE(Started(host, COMM_PROBE));
         std::string error;
-        ASSERT_TRUE(host.Start(COMM_PROBE, &error)) << error;
         ASSERT_TRUE(host.ChooseMenuItem(32500, 1, &error)) << error;
         EXPECT_EQ(c.answer, host.FindMenu(32500)->items[0].text);
         if (c.marker != nullptr)

@@ -8,7 +8,7 @@ namespace {
 
 const XN_AddonSettings_Type kOwn = XN_AddonSettings_Addon;
 
-using LanguageTest = SharedFolderTest;
+using LanguageTest = SettingsStoreTest;
 
 TEST_F(LanguageTest, ReadsTheStoredLanguage) {
     const struct {

@@ -53,22 +53,25 @@ TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
 
 class AchostProgramTest : public xn_test::TempFolderTest {
 protected:
-    // Runs achost after `before` (shell words; standard input is empty unless they end in a pipe),
-    // with its shared folder in the temporary folder; returns its exit code and what it printed on
-    // both streams, unless `after` redirects standard output.
-    int Run(const std::string& before, const std::string& arguments, std::string* output,
-            const std::string& after = "") {
-        const bool piped = before.find('|') != std::string::npos;
-        return xn_test::RunProgram(before + " env XDG_DATA_HOME=" + temp.PathOf("data") +
-                                       " " ACHOST_PROGRAM " " + arguments + (piped ? "" : " </dev/null") +
-                                       " 2>&1" + after,
-                                   output);
+    // Runs a shell command in which ACHOST stands for achost with its shared folder in the temporary
+    // folder; standard input is empty unless piped. Returns the exit code and what it printed on both
+    // streams, unless the command redirects standard output.
+    int Run(std::string command, std::string* output) {
+        command.replace(command.find("ACHOST"), 6,
+                        "env XDG_DATA_HOME=" + temp.PathOf("data") + " " ACHOST_PROGRAM);
+        return xn_test::RunProgram("exec 2>&1 </dev/null; " + command, output);
     }
 };
 
 TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
-    const std::string noAddon = temp.PathOf("none.so"), script = temp.PathOf("s.acs");
-    ASSERT_EQ(0, mkfifo(temp.PathOf("fifo").c_str(), 0600));
+    const std::string noAddon = temp.PathOf("none.so"), wrong = temp.PathOf("wrong.acs"),
+                      malformed = temp.PathOf("malformed.acs"), fifo = temp.PathOf("fifo");
+    temp.Write(wrong, "expect registered 32501\nmenu 2\nexpect menu 32501 1 \"About Something Else...\"\n"
+                      "expect menu 32501 2 \"never reached\"\n");
+    // A byte-order mark and a carriage return: what editors may write.
+    temp.Write(malformed, "\xEF\xBB\xBF"
+                          "expect registered 32501\r\nmenu 98037 3\nexpect registered 32500\n");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
     std::filesystem::copy_file(MORAVEL_LIBRARY, temp.PathOf("MoravelLibrary.so"));
     std::filesystem::create_directory(temp.PathOf("lib"));
     temp.Write(temp.PathOf("lib/MoravelLibrary.so"), "not a library");
@@ -80,75 +83,63 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         "       achost --help\n";
     const struct {
         const char* name;
-        std::string script; // written to s.acs first when not empty
-        std::string before, arguments, after;
+        std::string command;
         int exitCode;
         std::string output;
     } cases[] = {
-        {"wrong expectation",
-         "expect registered 32501\nmenu 2\nexpect menu 32501 1 \"About Something Else...\"\nexpect menu "
-         "32501 2 "
-         "\"never reached\"\n",
-         "", "--script " + script + " " MORAVEL_LIBRARY, "", 1,
-         script +
+        {"wrong expectation", "ACHOST --script " + wrong + " " MORAVEL_LIBRARY, 1,
+         wrong +
              ":3: expected menu 32501 item 1 \"About Something Else...\", saw \"About MoravelLibrary...\"\n"},
-        // A byte-order mark and a carriage return: what editors may write.
         {"a script read as it runs stops at its malformed line",
-         "\xEF\xBB\xBF"
-         "expect registered 32501\r\nmenu 98037 3\nexpect registered 32500\n",
-         "", "--script " + script + " " MORAVEL_LIBRARY, "", 2,
-         script + ":2: number out of range: RESID is 1 to 32767, not 98037 (menu RESID ITEM)\n"},
-        {"missing script", "", "", "--script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, "", 2,
+         "ACHOST --script " + malformed + " " MORAVEL_LIBRARY, 2,
+         malformed + ":2: number out of range: RESID is 1 to 32767, not 98037 (menu RESID ITEM)\n"},
+        {"missing script", "ACHOST --script " + temp.PathOf("no.acs") + " " MORAVEL_LIBRARY, 2,
          temp.PathOf("no.acs") + ":0: cannot read the script: No such file or directory\n"},
-        {"folder as script", "", "", "--script " + temp.PathOf("") + " " MORAVEL_LIBRARY, "", 2,
+        {"folder as script", "ACHOST --script " + temp.PathOf("") + " " MORAVEL_LIBRARY, 2,
          temp.PathOf("") + ":0: is a folder, not a script\n"},
-        {"FIFO as script (never waits for a writer)", "", "",
-         "--script " + temp.PathOf("fifo") + " " MORAVEL_LIBRARY, "", 2,
-         temp.PathOf("fifo") +
-             ":0: is not a regular file (only standard input may be a pipe or a terminal)\n"},
-        {"binary file as script", "", "", "--script " ACHOST_PROGRAM " " MORAVEL_LIBRARY, "", 2,
+        {"FIFO as script (never waits for a writer)", "ACHOST --script " + fifo + " " MORAVEL_LIBRARY, 2,
+         fifo + ":0: is not a regular file (only standard input may be a pipe or a terminal)\n"},
+        {"binary file as script", "ACHOST --script " ACHOST_PROGRAM " " MORAVEL_LIBRARY, 2,
          ACHOST_PROGRAM ":1: control byte \\x7F at column 1 (a script is text)\n"},
-        {"endless line on standard input", "", "yes | tr -d '\\n' |", "--script - " MORAVEL_LIBRARY, "", 2,
+        {"endless line on standard input", "yes | tr -d '\\n' | ACHOST --script - " MORAVEL_LIBRARY, 2,
          "-:1: line longer than 1048576 bytes\n"},
-        {"endless script on standard input", "",
-         "(yes 'expect registered 32501' | head -n 20000; echo quit; yes) | timeout 120",
-         "--script /dev/stdin " MORAVEL_LIBRARY, "", 0, ""},
-        {"missing add-on", "", "", noAddon, "", 2, "achost: cannot read " + noAddon + "\n"},
-        {"not an add-on", "", "", ACHOST_API_LIBRARY, "", 2,
+        {"endless script on standard input",
+         "(yes 'expect registered 32501' | head -n 20000; echo quit; yes) | timeout 120 ACHOST --script "
+         "/dev/stdin " MORAVEL_LIBRARY,
+         0, ""},
+        {"missing add-on", "ACHOST " + noAddon, 2, "achost: cannot read " + noAddon + "\n"},
+        {"not an add-on", "ACHOST " ACHOST_API_LIBRARY, 2,
          "achost: " ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, "
          "RegisterInterface, Initialize, FreeData\n"},
         // Without a slash the dynamic loader would load lib/MoravelLibrary.so, which is not a library.
-        {"the add-on file exactly as named", "",
-         "cd " + temp.PathOf("") + " && LD_LIBRARY_PATH=" + temp.PathOf("lib"),
-         "--list-menus MoravelLibrary.so", " >/dev/null", 0, ""},
-        {"another host kind", "", "", "--host-kind 1 " MORAVEL_LIBRARY, "", 2,
+        {"the add-on file exactly as named",
+         "cd " + temp.Path() + " && LD_LIBRARY_PATH=lib ACHOST --list-menus MoravelLibrary.so >/dev/null", 0,
+         ""},
+        {"another host kind", "ACHOST --host-kind 1 " MORAVEL_LIBRARY, 2,
          "achost: " MORAVEL_LIBRARY " did not register: CheckEnvironment answered 0\n"},
-        {"host kind not a number", "", "", "--host-kind abc", "", 2,
+        {"host kind not a number", "ACHOST --host-kind abc", 2,
          "achost: --host-kind takes a number from 0 to 2147483647, not 'abc'\n" + usage},
-        {"empty shared folder", "", "", "--shared-folder ''", "", 2,
+        {"empty shared folder", "ACHOST --shared-folder ''", 2,
          "achost: --shared-folder needs a value\n" + usage},
-        {"repeated option", "", "", "--script a --script b", "", 2,
-         "achost: --script is given twice\n" + usage},
-        {"unknown option", "", "", "--fast", "", 2, "achost: unknown option --fast\n" + usage},
-        {"update folder without a server", "", "", "--no-update-server --update-folder " + temp.Path(), "", 2,
+        {"repeated option", "ACHOST --script a --script b", 2, "achost: --script is given twice\n" + usage},
+        {"unknown option", "ACHOST --fast", 2, "achost: unknown option --fast\n" + usage},
+        {"update folder without a server", "ACHOST --no-update-server --update-folder " + temp.Path(), 2,
          "achost: --update-folder and --no-update-server exclude each other\n" + usage},
-        {"missing update folder", "", "", "--update-folder " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "",
-         2, "achost: the update folder " + temp.PathOf("none") + " is not a folder\n"},
-        {"missing library folder", "", "", "--library " + temp.PathOf("none") + " " MORAVEL_LIBRARY, "", 2,
-         "achost: --library: \"" + temp.PathOf("none") +
+        {"missing update folder", "ACHOST --update-folder " + noAddon + " " MORAVEL_LIBRARY, 2,
+         "achost: the update folder " + noAddon + " is not a folder\n"},
+        {"missing library folder", "ACHOST --library " + noAddon + " " MORAVEL_LIBRARY, 2,
+         "achost: --library: \"" + noAddon +
              "\" cannot be a library: there is no such folder (0x81010200)\n"},
-        {"empty engine name", "", "", "--engine ''", "", 2,
+        {"empty engine name", "ACHOST --engine ''", 2,
          "achost: --engine takes an engine's menu name, not an empty text\n" + usage},
-        {"full disk", "", "", "--list-menus " MORAVEL_LIBRARY, " >/dev/full", 2,
+        {"full disk", "ACHOST --list-menus " MORAVEL_LIBRARY " >/dev/full", 2,
          "achost: cannot write the output: No space left on device\n"},
-        {"good script", "", "", "--script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, "", 0, ""},
+        {"good script", "ACHOST --script " E2E_DIR "/commands.acs " MORAVEL_LIBRARY, 0, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        if (!c.script.empty())
-            temp.Write(script, c.script);
         std::string output;
-        EXPECT_EQ(c.exitCode, Run(c.before, c.arguments, &output, c.after));
+        EXPECT_EQ(c.exitCode, Run(c.command, &output));
         EXPECT_EQ(c.output, output);
     }
 }

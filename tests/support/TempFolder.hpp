@@ -69,14 +69,14 @@ public:
     std::string PathOf(const std::string& relative) const { return folder + "/" + relative; }
 
     // `path` must hold the same entries (by name) when the test ends as now.
-    void Watch(const std::string& path) { watched.emplace_back(path, Entries(path)); }
+    void Watch(const std::string& path) { watched.emplace_back(path, Names(path)); }
 
     // Fails the current test for every file left in the private TMPDIR or added to a watched folder.
     void ExpectNothingLeftBehind() const {
-        for (const std::string& left : Entries(privateTmp))
+        for (const std::string& left : Names(privateTmp))
             ADD_FAILURE() << "temporary file left behind: " << privateTmp << "/" << left;
         for (const auto& [path, before] : watched)
-            for (const std::string& entry : Entries(path))
+            for (const std::string& entry : Names(path))
                 if (before.count(entry) == 0)
                     ADD_FAILURE() << "file left behind outside the test's folder: " << path << "/" << entry;
     }
@@ -94,8 +94,8 @@ public:
     // folder to refuse writing skip then.
     static bool PermissionsAreEnforced() { return geteuid() != 0; }
 
-private:
-    static std::set<std::string> Entries(const std::string& path) {
+    // The names of the entries of a folder.
+    static std::set<std::string> Names(const std::string& path) {
         std::set<std::string> names;
         std::error_code error;
         for (const auto& entry : std::filesystem::directory_iterator(path, error))
@@ -103,6 +103,7 @@ private:
         return names;
     }
 
+private:
     // Gives back write and search rights that a test may have taken away, then removes everything.
     static void RemoveAll(const std::string& path) {
         namespace fs = std::filesystem;

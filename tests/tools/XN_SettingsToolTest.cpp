@@ -78,6 +78,13 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
         {"no key given", "$a: 1\n", {"get", "FILE"}, 2, "", "missing KEY\nusage: xn-settings get FILE KEY"},
         {"unknown command", "$a: 1\n", {"show", "FILE"}, 2, "", "unknown command \"show\""},
         {"no command", "$a: 1\n", {}, 2, "", "usage: xn-settings dump|get|set|remove"},
+        {"no folder",
+         nullptr,
+         {"set", temp.PathOf("none/s.cfg"), "a", "2"},
+         1,
+         "",
+         "No such file or directory"},
+        {"empty name", nullptr, {"dump", ""}, 2, "", "xn-settings: the file name is empty\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -94,32 +101,15 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
     }
 }
 
-// Paths that are not a settings file get a reason, never a hang, an endless read or an exception.
+// A read-only file, and a working folder that is gone, get a reason.
 TEST_F(SettingsToolTest, SaysWhyAPathCannotBeUsed) {
-    mkfifo(temp.PathOf("fifo").c_str(), 0666);
     WritePlain(File(), "$a: 1\n");
     chmod(File().c_str(), 0444);
-    const struct {
-        const char* name;
-        std::vector<std::string> arguments;
-        int exitCode;
-        const char* errPart;
-    } cases[] = {
-        {"FIFO", {"dump", temp.PathOf("fifo")}, 1, "cannot read the file: not a regular file (a FIFO)"},
-        {"device", {"get", "/dev/urandom", "a"}, 1, "cannot read the file: not a regular file (a device)"},
-        {"read-only",
-         {"set", "FILE", "a", "2"},
-         1,
-         "cannot write the file (nothing was changed): the file is read-only"},
-        {"no folder", {"set", temp.PathOf("none/s.cfg"), "a", "2"}, 1, "No such file or directory"},
-        {"empty name", {"dump", ""}, 2, "xn-settings: the file name is empty\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const Outcome outcome = Run(c.arguments);
-        EXPECT_EQ(c.exitCode, outcome.exitCode);
-        EXPECT_NE(std::string::npos, outcome.err.find(c.errPart)) << outcome.err;
-    }
+    const Outcome readOnly = Run({"set", "FILE", "a", "2"});
+    EXPECT_EQ(1, readOnly.exitCode);
+    EXPECT_NE(std::string::npos,
+              readOnly.err.find("cannot write the file (nothing was changed): the file is read-only"))
+        << readOnly.err;
     const std::string gone = temp.PathOf("gone");
     const std::string command = "mkdir " + Quoted(gone) + " && cd " + Quoted(gone) + " && rmdir " +
                                 Quoted(gone) + " && " + XN_SETTINGS_TOOL + " dump s.cfg 2>" +
