@@ -1,5 +1,6 @@
 // The dialog manager, alerts and add-on commands, driven through the host's front ends against the
 // dialog fixture add-on (fixtures/DialogAddon.cpp; its menu item 10 logs the messages its dialogs get).
+// Sessions that only act and expect, such as closing a dialog each way, are in scripts/dialogs.acs.
 #include "HostTest.hpp"
 
 #include <gtest/gtest.h>
@@ -59,38 +60,6 @@ TEST_F(DialogTest, TheRunLoopTurnsInsideAModalDialog) {
     EXPECT_EQ(1, fired);
     uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
     uv_run(uv_default_loop(), UV_RUN_NOWAIT);
-}
-
-TEST_F(DialogTest, UserActionsSendTheirMessagesAndCloseTheDialog) {
-    const struct {
-        const char* name;
-        std::vector<std::string> lines;
-    } cases[] = {
-        {"OK",
-         {"click 1", "expect menu 32500 1 \"closed with 1\"",
-          "expect menu 32500 10 \"init;click 1;close 1\""}},
-        {"Cancel",
-         {"click 2", "expect menu 32500 1 \"closed with 2\"",
-          "expect menu 32500 10 \"init;click 2;close 2\""}},
-        {"close box",
-         {"close", "expect menu 32500 1 \"closed with 2\"", "expect menu 32500 10 \"init;close 2\""}},
-        {"selection",
-         {"select 4 3", "expect list 4 selected 3", "expect item 3 \"selected 3\"", "click 1",
-          "expect menu 32500 10 \"init;change 4;click 1;close 1\""}},
-        {"a click answered 0 keeps the dialog open",
-         {"click 5", "click 7", "expect dialog 32600",
-          "expect item 3 \"rows 3 selected 3 check 0 first top\"", "expect item 8 shown",
-          "expect item 9 enabled", "expect list 4 rows 3", "click 9", "click 1",
-          "expect menu 32500 10 \"init;click 5;click 7;click 9;click 1;close 1\""}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Start();
-        std::vector<std::string> lines = {"menu 1", "expect dialog 32600", "expect title \"Fixture title\""};
-        lines.insert(lines.end(), c.lines.begin(), c.lines.end());
-        EXPECT_EQ("", Run(lines));
-        EXPECT_TRUE(host->Dialogs().empty());
-    }
 }
 
 // A failed expectation or an impossible action ends the session; the open dialog is closed with its
@@ -191,12 +160,8 @@ TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
     }
 }
 
-TEST_F(DialogTest, AlertsWaitForTheUser) {
+TEST_F(DialogTest, AnOpenAlertRefusesDialogActions) {
     Start();
-    EXPECT_EQ("",
-              Run({"menu 4", "expect alert \"Large\" \"Small\"", "ok", "expect menu 32500 4 \"pressed 1\"",
-                   "menu 8", "click 7", "expect alert \"Nested\" \"\"", "ok", "expect item 3 \"alert 1\"",
-                   "click 1", "expect menu 32500 8 \"closed with 1\""}));
     EXPECT_EQ("driver:2: 'click 1' is not possible while an alert is open", Run({"menu 4", "click 1"}));
     EXPECT_EQ(nullptr, host->OpenAlert());
 }
@@ -223,14 +188,6 @@ TEST_F(DialogTest, TerminalShowsTheFrontDialog) {
     EXPECT_NE(std::string::npos, out.str().find("\n> item 9 of dialog 32600 is disabled\n"))
         << "a bare number clicks";
     EXPECT_EQ("closed with 1", host->FindMenu(32500)->items[0].text);
-}
-
-// Declared on achost's command line in scripts/dialogs.acs; here with the session's own verb.
-TEST_F(DialogTest, CommandTestAnswersTheDeclaredCommands) {
-    Start();
-    EXPECT_EQ("", Run({"menu 5", "expect menu 32500 5 \"81060191 81060191 81060191 81060191 81060068\"",
-                       "command 1 2 \"SUIT\"", "menu 5",
-                       "expect menu 32500 5 \"0 81060194 81060193 81060191 81060068\""}));
 }
 
 TEST(DeclaredCommandTest, IsReadStrictly) {
