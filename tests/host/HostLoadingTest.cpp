@@ -11,6 +11,14 @@ protected:
         const achost::Menu* found = host.FindMenu(menu);
         return found != nullptr && item <= found->items.size() ? found->items[item - 1].text : "<none>";
     }
+    // The texts of the registered menu's items, marked " [x]" when checked and " (disabled)".
+    std::vector<std::string> Items(const achost::Host& host) {
+        std::vector<std::string> items;
+        for (const auto& item : host.RegisteredMenu()->items)
+            items.push_back(item.text + ((item.flags & API_MenuItemChecked) != 0 ? " [x]" : "") +
+                            ((item.flags & API_MenuItemDisabled) != 0 ? " (disabled)" : ""));
+        return items;
+    }
 };
 
 // The real add-on and the achost program cover a missing file, a plain library and another host kind.
@@ -50,7 +58,8 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     }
 }
 
-TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
+// A reload starts a new run with the menus as the resources made them.
+TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
     achost::Host host(xn_test::StrictOptions());
     ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     EXPECT_EQ("Fixture", host.AddonName());
@@ -60,18 +69,36 @@ TEST_F(HostTest, StartShowsTheRegisteredMenuFromTheResources) {
     EXPECT_EQ(32500, menu->resID);
     EXPECT_EQ(MenuCode_Extras, menu->position);
     EXPECT_EQ("Fixture", menu->title);
-    const std::vector<std::pair<std::string, GSFlags>> items = {{"Count", 0},
-                                                                {"Keep", 0},
-                                                                {"Toggle", API_MenuItemChecked},
-                                                                {"Release", 0},
-                                                                {"Grayed", API_MenuItemDisabled}};
-    ASSERT_EQ(items.size(), menu->items.size());
-    for (size_t i = 0; i < items.size(); ++i) {
-        EXPECT_EQ(items[i].first, menu->items[i].text);
-        EXPECT_EQ(items[i].second, menu->items[i].flags);
-    }
+    const std::vector<std::string> fresh = {"Count", "Keep", "Toggle [x]", "Release", "Grayed (disabled)"};
+    EXPECT_EQ(fresh, Items(host));
     EXPECT_EQ(1, host.LoadCount());
     EXPECT_TRUE(host.IsLoaded());
+    std::string error;
+    ASSERT_TRUE(host.ChooseMenuItem(2, &error) && host.ChooseMenuItem(1, &error)) << error;
+    ASSERT_TRUE(host.ChooseMenuItem(3, &error) && host.ChooseMenuItem(32501, 2, &error)) << error;
+    EXPECT_EQ("Second was chosen", ItemText(host, 32501, 1));
+    EXPECT_EQ((std::vector<std::string>{"Commands since load: 1", "Keep", "Toggle", "Release",
+                                        "Grayed (disabled)"}),
+              Items(host));
+    ASSERT_TRUE(host.ChooseMenuItem(32502, 1, &error)) << error; // no handler: nothing happens
+    EXPECT_EQ("Only", ItemText(host, 32502, 1));
+    ASSERT_TRUE(host.Reload(&error)) << error;
+    EXPECT_EQ(fresh, Items(host));
+    ASSERT_TRUE(host.ChooseMenuItem(1, &error)) << error;
+    EXPECT_EQ("Commands since load: 1", ItemText(host, 32500, 1));
+    const struct {
+        short menu;
+        Int32 item;
+        const char* error;
+    } refused[] = {{32500, 5, "item 5 of menu 32500 is disabled"},
+                   {32500, 6, "menu 32500 has no item 6"},
+                   {32500, 0, "menu 32500 has no item 0"},
+                   {32700, 1, "the add-on has no menu 32700"}};
+    for (const auto& r : refused) {
+        SCOPED_TRACE(r.error);
+        EXPECT_FALSE(host.ChooseMenuItem(r.menu, r.item, &error));
+        EXPECT_EQ(r.error, error);
+    }
 }
 
 // The module is really unloaded between commands until it asks to be kept: its static counter
@@ -109,46 +136,6 @@ TEST_F(HostTest, AnAddonThatStaysMappedAfterItsUnloadIsReported) {
     EXPECT_EQ(std::vector<std::string>{"dlclose: " FIXTURE_STAYS_MAPPED
                                        " stays in memory (a thread_local object with a destructor holds it)"},
               violations);
-}
-
-TEST_F(HostTest, ChoosingItemsReachesTheHandlerOfThatMenuOnly) {
-    achost::Host host(xn_test::StrictOptions());
-    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
-    std::string error;
-    ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
-    EXPECT_EQ(0u, host.RegisteredMenu()->items[2].flags);
-    ASSERT_TRUE(host.ChooseMenuItem(32501, 2, &error)) << error;
-    EXPECT_EQ("Second was chosen", ItemText(host, 32501, 1));
-    EXPECT_EQ("Count", ItemText(host, 32500, 1));
-    ASSERT_TRUE(host.ChooseMenuItem(32502, 1, &error)) << error; // no handler: nothing happens
-    EXPECT_EQ("Only", ItemText(host, 32502, 1));
-
-    const struct {
-        short menu;
-        Int32 item;
-        const char* error;
-    } refused[] = {{32500, 5, "item 5 of menu 32500 is disabled"},
-                   {32500, 6, "menu 32500 has no item 6"},
-                   {32500, 0, "menu 32500 has no item 0"},
-                   {32700, 1, "the add-on has no menu 32700"}};
-    for (const auto& r : refused) {
-        SCOPED_TRACE(r.error);
-        EXPECT_FALSE(host.ChooseMenuItem(r.menu, r.item, &error));
-        EXPECT_EQ(r.error, error);
-    }
-}
-
-TEST_F(HostTest, ReloadStartsANewRunWithFreshState) {
-    achost::Host host(xn_test::StrictOptions());
-    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
-    std::string error;
-    ASSERT_TRUE(host.ChooseMenuItem(2, &error) && host.ChooseMenuItem(1, &error)) << error;
-    ASSERT_TRUE(host.ChooseMenuItem(3, &error)) << error;
-    ASSERT_TRUE(host.Reload(&error)) << error;
-    EXPECT_EQ("Count", ItemText(host, 32500, 1));
-    EXPECT_EQ(GSFlags(API_MenuItemChecked), host.RegisteredMenu()->items[2].flags);
-    ASSERT_TRUE(host.ChooseMenuItem(1, &error)) << error;
-    EXPECT_EQ("Commands since load: 1", ItemText(host, 32500, 1));
 }
 
 TEST_F(HostTest, CallsInTheWrongStateAreReportedByName) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -91,45 +92,42 @@ TEST_F(IOTest, EnumerationIsSortedAndFiltered) {
     }
 }
 
-TEST_F(IOTest, FolderStatusAndEntryTypes) {
-    TempFolder::Write(temp.PathOf("file"), "x");
-    EXPECT_EQ(IO::Folder(At("missing")).GetStatus(), GSErrCode(IO::Folder::FolderNotFound));
-    EXPECT_EQ(IO::Folder(At("file")).GetStatus(), GSErrCode(IO::Folder::NotAFolder));
-    EXPECT_EQ(IO::Folder(At("new/deep"), IO::Folder::Create).GetStatus(), NoError);
-    EXPECT_TRUE(fs::is_directory(temp.PathOf("new/deep")));
-
-    IO::Folder folder(At(""));
-    IO::Folder::EntryType type = IO::Folder::LinkEntry;
-    EXPECT_EQ(folder.GetType(IO::Name("file"), &type), NoError);
-    EXPECT_EQ(type, IO::Folder::FileEntry);
-    EXPECT_EQ(folder.GetType(IO::Name("new"), &type), NoError);
-    EXPECT_EQ(type, IO::Folder::FolderEntry);
-    EXPECT_EQ(folder.GetType(IO::Name("none"), &type), GSErrCode(IO::Folder::TargetNotFound));
-
-    EXPECT_EQ(folder.CreateFile(IO::Name("made")), NoError);
-    EXPECT_EQ(folder.CreateFile(IO::Name("made")), GSErrCode(IO::Folder::TargetExists));
-    EXPECT_EQ(folder.Delete(IO::Name("made")), NoError);
-    EXPECT_EQ(folder.Delete(IO::Name("made")), GSErrCode(IO::Folder::TargetNotFound));
-    EXPECT_FALSE(fs::exists(temp.PathOf("made")));
-}
-
-TEST_F(IOTest, FileConstructionChecksOrCreates) {
+// The status of a folder or file object, and the calls that make and remove entries, in order.
+TEST_F(IOTest, StatusesAndEntries) {
+    for (const char* file : {"file", "gone"})
+        TempFolder::Write(temp.PathOf(file), "x");
     fs::create_directory(temp.PathOf("dir"));
-    struct Case {
-        const char* name;
-        IO::File::OnNotFound onNotFound;
-        GSErrCode status;
-        bool existsAfter;
+    IO::File vanished(At("gone"));
+    ASSERT_EQ(vanished.GetStatus(), NoError);
+    fs::remove(temp.PathOf("gone"));
+    IO::Folder folder(At(""));
+    IO::Folder::EntryType fileType = IO::Folder::LinkEntry, folderType = IO::Folder::LinkEntry;
+    const std::tuple<const char*, GSErrCode, GSErrCode> rows[] = {
+        {"missing folder", IO::Folder(At("missing")).GetStatus(), IO::Folder::FolderNotFound},
+        {"a file as a folder", IO::Folder(At("file")).GetStatus(), IO::Folder::NotAFolder},
+        {"folders made", IO::Folder(At("new/deep"), IO::Folder::Create).GetStatus(), NoError},
+        {"type of a file", folder.GetType(IO::Name("file"), &fileType), NoError},
+        {"type of a folder", folder.GetType(IO::Name("new"), &folderType), NoError},
+        {"type of a missing entry", folder.GetType(IO::Name("none"), &fileType), IO::Folder::TargetNotFound},
+        {"file made", folder.CreateFile(IO::Name("made")), NoError},
+        {"file made again", folder.CreateFile(IO::Name("made")), IO::Folder::TargetExists},
+        {"file deleted", folder.Delete(IO::Name("made")), NoError},
+        {"file deleted again", folder.Delete(IO::Name("made")), IO::Folder::TargetNotFound},
+        {"missing file", IO::File(At("missing"), IO::File::Fail).GetStatus(), IO::File::FileNotFound},
+        {"file created", IO::File(At("created"), IO::File::Create).GetStatus(), NoError},
+        {"a folder as a file", IO::File(At("dir"), IO::File::Create).GetStatus(), IO::File::NotAFile},
+        {"a file gone since its status was taken", vanished.Open(IO::File::ReadMode), IO::File::FileNotFound},
+        {"in a missing folder", IO::File(At("none/f"), IO::File::Create).GetStatus(),
+         IO::File::CreationError},
     };
-    const Case cases[] = {{"missing", IO::File::Fail, IO::File::FileNotFound, false},
-                          {"created", IO::File::Create, NoError, true},
-                          {"dir", IO::File::Create, IO::File::NotAFile, true},
-                          {"nofolder/f", IO::File::Create, IO::File::CreationError, false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(IO::File(At(c.name), c.onNotFound).GetStatus(), c.status);
-        EXPECT_EQ(fs::exists(temp.PathOf(c.name)), c.existsAfter);
+    for (const auto& [name, result, expected] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(result, expected);
     }
+    EXPECT_EQ(fileType, IO::Folder::FileEntry);
+    EXPECT_EQ(folderType, IO::Folder::FolderEntry);
+    EXPECT_EQ(TempFolder::Names(temp.Path()), (std::set<std::string>{"created", "dir", "file", "new"}));
+    EXPECT_TRUE(fs::is_directory(temp.PathOf("new/deep")));
 }
 
 TEST_F(IOTest, OpenModesDecideWhereBytesGo) {
@@ -174,14 +172,6 @@ TEST_F(IOTest, ReadsStopAtTheEndWithEndOfInput) {
     EXPECT_EQ(file.Seek(IO::File::End, -3), NoError);
     EXPECT_EQ(file.ReadBin(buffer, 3, &read), NoError);
     EXPECT_EQ(std::string(buffer, read), "789");
-}
-
-TEST_F(IOTest, AFileThatVanishesFailsToOpen) {
-    TempFolder::Write(temp.PathOf("f"), "x");
-    IO::File file(At("f"));
-    ASSERT_EQ(file.GetStatus(), NoError);
-    fs::remove(temp.PathOf("f"));
-    EXPECT_EQ(file.Open(IO::File::ReadMode), GSErrCode(IO::File::FileNotFound));
 }
 
 TEST_F(IOTest, AReadOnlyFolderRefusesNewFiles) {
