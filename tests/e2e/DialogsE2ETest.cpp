@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <set>
 
 namespace {
 
@@ -130,25 +129,6 @@ TEST_F(DialogsTest, AFileThatCannotBeWrittenGivesTheWriteAlert) {
                                   }));
         EXPECT_EQ(c.left, temp.Read(c.path));
     }
-}
-
-// Each opening gets a dialog ID of its own; the add-on never uses one of a closed dialog (strict
-// options fail the test on such a call) and leaves no host memory behind.
-TEST_F(DialogsTest, OpeningAndClosingEachDialogAHundredTimes) {
-    achost::Host host(options);
-    ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
-    std::vector<std::string> lines;
-    for (int i = 0; i < 100; ++i)
-        lines.insert(lines.end(), {"menu 1", "click 1", "menu 6", "click 2"});
-    std::set<short> ids;
-    const long handles = achost::LiveHandleCount();
-    EXPECT_EQ("", xn_test::RunLines(host, lines, [&](const achost::Host& h) {
-                  if (h.FrontDialog() != nullptr)
-                      ids.insert(h.FrontDialog()->id);
-              }));
-    EXPECT_EQ(200u, ids.size());
-    EXPECT_TRUE(host.Dialogs().empty());
-    EXPECT_EQ(handles, achost::LiveHandleCount());
 }
 
 class TerminalTest : public xn_test::TempFolderTest {};

@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -30,14 +31,18 @@ protected:
 };
 
 // The list's layout, which the terminal does not show (TerminalShowsTheFrontDialog shows the rest of
-// what the resource and the init calls built).
-TEST_F(DialogTest, BuildsTheListLayoutFromTheInitCalls) {
+// what the resource and the init calls built); each opening gets a dialog ID of its own.
+TEST_F(DialogTest, BuildsTheListLayoutFromTheInitCallsInANewDialogEachTime) {
     Start();
     achost::DialogItem list;
-    ASSERT_EQ("", Run({"menu 1"}, [&list](const achost::Host& h) {
-                  if (h.FrontDialog() != nullptr)
+    std::set<short> ids;
+    ASSERT_EQ("", Run({"menu 1", "click 1", "menu 1", "click 1"}, [&](const achost::Host& h) {
+                  if (h.FrontDialog() != nullptr) {
                       list = h.FrontDialog()->items.at(3);
+                      ids.insert(h.FrontDialog()->id);
+                  }
               }));
+    EXPECT_EQ(2u, ids.size());
     EXPECT_EQ(2, list.tabFields);
     EXPECT_EQ(30, list.rowHeight);
     EXPECT_EQ(32600, list.rows.at(1).icon);
