@@ -1,8 +1,6 @@
 // The real add-on in the real host: through the C++ driver, and through the achost program.
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <sys/stat.h>
 

@@ -4,8 +4,6 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 
 namespace {

@@ -5,8 +5,6 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <functional>
 #include <regex>

@@ -3,8 +3,6 @@
 #include "FaultServer.hpp"
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>

@@ -6,8 +6,6 @@
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <string>
 #include <tuple>

@@ -5,8 +5,6 @@
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <string>
 #include <tuple>

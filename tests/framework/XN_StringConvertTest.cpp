@@ -3,8 +3,6 @@
 #include "XN_List.hpp"
 #include "XN_StringTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <tuple>
 

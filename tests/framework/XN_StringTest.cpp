@@ -1,8 +1,6 @@
 // XN_String core: null versus empty, allocation, appends, comparison, element access, sub-strings.
 #include "XN_StringTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <tuple>
 

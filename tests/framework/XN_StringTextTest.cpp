@@ -3,12 +3,9 @@
 #include "XN_List.hpp"
 #include "XN_StringTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
-#include <random>
 #include <string>
 #include <tuple>
 #include <utility>

@@ -2,8 +2,6 @@
 #include "XN_Text_Scanner.hpp"
 #include "XN_StringTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <string>
 
 namespace {

@@ -3,7 +3,6 @@
 // Sessions that only act and expect, such as closing a dialog each way, are in scripts/dialogs.acs.
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
 #include <uv.h>
 
 #include <climits>

@@ -1,8 +1,6 @@
 // The host's loading protocol and menus, against the fixture add-ons (real modules, really loaded).
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 class HostTest : public ::testing::Test {

@@ -4,8 +4,6 @@
 #include "achost/Faults.hpp"
 #include "achost/SharedFolder.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <set>
 #include <string>

@@ -3,8 +3,6 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <set>
 

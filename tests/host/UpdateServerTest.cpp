@@ -3,8 +3,6 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 class UpdateServerTest : public xn_test::TempFolderTest {

@@ -2,8 +2,6 @@
 // and leaves the later steps undone (the library is registered only once RegisterInterface succeeded).
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 
 namespace {

@@ -3,8 +3,6 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 constexpr Int32 kOtherMenuCommand = kResourceCaseCount + 1;

@@ -4,7 +4,6 @@
 #include "TempFolder.hpp"
 #include "XN_General.hpp"
 
-#include <gtest/gtest.h>
 #include <uv.h>
 
 #include <cstdlib>
