@@ -1,15 +1,8 @@
 // A fresh temporary folder per test, removed at the end, and a check that the test left nothing
-// behind outside it.
-//
-// Use the fixture `TempFolderTest` as a test's base class (or hold a `TempFolder` member in a fixture
-// of your own and call its `ExpectNothingLeftBehind` in TearDown):
-//
-//     class SettingsTest : public TempFolderTest {};
-//     TEST_F(SettingsTest, WritesTheFile) { Write(temp.PathOf("a.cfg"), "x"); ... }
-//
-// During the test TMPDIR points into a private folder that must be empty again at the end, and the
-// working directory and every folder passed to `Watch` must hold the same entries at the end as at
-// the start: a file created anywhere there fails the test.
+// behind outside it: use `TempFolderTest` as a test's base class, or hold a `TempFolder` in a fixture
+// of your own and call its `ExpectNothingLeftBehind` in TearDown. During the test TMPDIR points into a
+// private folder that must be empty again at the end, and the working directory and every folder
+// passed to `Watch` must hold the same entries at the end as at the start.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -32,30 +26,25 @@ public:
     TempFolder() {
         namespace fs = std::filesystem;
         const char* system = std::getenv("TMPDIR");
-        std::string pattern = (system != nullptr && *system != '\0' ? std::string(system) : "/tmp");
-        pattern += "/xn_test_XXXXXX";
-        std::vector<char> name(pattern.begin(), pattern.end());
-        name.push_back('\0');
+        if (system != nullptr)
+            savedTmpDir = system;
+        std::string name =
+            (system != nullptr && *system != '\0' ? system : "/tmp") + std::string("/xn_test_XXXXXX");
         if (mkdtemp(name.data()) == nullptr) {
-            ADD_FAILURE() << "cannot create a temporary folder from " << pattern;
+            ADD_FAILURE() << "cannot create a temporary folder as " << name;
             return;
         }
-        root = name.data();
+        root = name;
         folder = root + "/work";
         privateTmp = root + "/tmp";
         fs::create_directory(folder);
         fs::create_directory(privateTmp);
-        if (system != nullptr)
-            savedTmpDir = std::make_pair(true, std::string(system));
         setenv("TMPDIR", privateTmp.c_str(), 1);
         Watch(fs::current_path().string());
     }
 
     ~TempFolder() {
-        if (savedTmpDir.first)
-            setenv("TMPDIR", savedTmpDir.second.c_str(), 1);
-        else
-            unsetenv("TMPDIR");
+        savedTmpDir ? setenv("TMPDIR", savedTmpDir->c_str(), 1) : unsetenv("TMPDIR");
         if (!root.empty())
             RemoveAll(root);
     }
@@ -119,7 +108,7 @@ private:
     std::string root;
     std::string folder;
     std::string privateTmp;
-    std::pair<bool, std::string> savedTmpDir{false, {}};
+    std::optional<std::string> savedTmpDir;
     std::vector<std::pair<std::string, std::set<std::string>>> watched;
 };
 
