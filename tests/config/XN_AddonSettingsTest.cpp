@@ -38,7 +38,8 @@ Records SharedRecords() {
 
 using AddonSettingsTest = SettingsStoreTest;
 
-TEST_F(AddonSettingsTest, KeysAreExactTheFirstRecordWinsAndSetReportsTrue) {
+// Keys are exact, the first record of a key wins, Set reports true and numbers are stored as text.
+TEST_F(AddonSettingsTest, StoreOperations) {
     WritePlain(OwnPath(), "$Key: 1\n$key: 2\n$Key: 3\n");
     ASSERT_TRUE(XN_AddonSettings_Load(kOwn, false));
     EXPECT_EQ("1", Value(kOwn, "Key"));
@@ -59,9 +60,6 @@ TEST_F(AddonSettingsTest, KeysAreExactTheFirstRecordWinsAndSetReportsTrue) {
     EXPECT_FALSE(XN_AddonSettings_Set(kOwn, XN_String(), "x", true));
     EXPECT_EQ(2, XN_AddonSettings_GetCount(kOwn));
     EXPECT_EQ("$Key: 1\n$key: 2\n$Key: 3\n", ReadPlain(OwnPath()));
-}
-
-TEST_F(AddonSettingsTest, NumbersAreStoredAsTheirText) {
     XN_AddonSettings_SetLong(kOwn, "n", -7, true);
     XN_AddonSettings_SetDouble(kOwn, "d", 2.5, true);
     EXPECT_EQ("-7", Value(kOwn, "n"));

@@ -19,17 +19,11 @@ inline GSErrCode SetMenuItemText(short menu, Int32 item, const std::string& text
     return ACAPI_Interface(APIIo_SetMenuItemTextID, &ref, const_cast<char*>(text.c_str()));
 }
 
-// The entry points of a fixture whose one menu, `menu`, goes under Extras with `handler` for its items.
-#define FIXTURE_ONE_MENU_ENTRY_POINTS(menu, handler)                                                         \
-    FIXTURE_EXPORT API_AddonType CheckEnvironment(API_EnvirParams*) {                                        \
-        return APIAddon_Normal;                                                                              \
-    }                                                                                                        \
-    FIXTURE_EXPORT GSErrCode RegisterInterface() {                                                           \
-        return ACAPI_Register_Menu(menu, 0, MenuCode_Extras, 0);                                             \
-    }                                                                                                        \
-    FIXTURE_EXPORT GSErrCode Initialize() {                                                                  \
-        return ACAPI_Install_MenuHandler(menu, handler);                                                     \
-    }                                                                                                        \
-    FIXTURE_EXPORT GSErrCode FreeData() {                                                                    \
-        return NoError;                                                                                      \
-    }
+// The entry points of a fixture whose one menu, `id`, goes under Extras with `handler` for its items.
+// clang-format off
+#define FIXTURE_ONE_MENU_ENTRY_POINTS(id, handler) \
+    FIXTURE_EXPORT API_AddonType CheckEnvironment(API_EnvirParams*) { return APIAddon_Normal; } \
+    FIXTURE_EXPORT GSErrCode RegisterInterface() { return ACAPI_Register_Menu(id, 0, MenuCode_Extras, 0); } \
+    FIXTURE_EXPORT GSErrCode Initialize() { return ACAPI_Install_MenuHandler(id, handler); } \
+    FIXTURE_EXPORT GSErrCode FreeData() { return NoError; }
+// clang-format on
