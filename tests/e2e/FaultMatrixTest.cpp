@@ -59,15 +59,10 @@ protected:
             if (host.Start(MORAVEL_LIBRARY, &outcome.startError)) {
                 outcome.registeredMenu = host.RegisteredMenu() != nullptr ? host.RegisteredMenu()->resID : 0;
                 int waits = 0;
-                achost::DriverFrontEnd driver;
-                driver.onWait = [&](const achost::Host&) {
+                outcome.session = xn_test::RunLines(host, lines, [&](const achost::Host&) {
                     if (waits++ == armBefore)
                         arm();
-                };
-                for (const auto& line : lines)
-                    EXPECT_TRUE(driver.Add(line)) << line;
-                achost::RunSession(host, driver);
-                outcome.session = driver.Failure();
+                });
             }
             outcome.fired = !achost::FaultPending();
         }
