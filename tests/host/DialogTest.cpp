@@ -5,8 +5,6 @@
 
 #include <uv.h>
 
-#include <climits>
-#include <cstdlib>
 #include <set>
 #include <sstream>
 
@@ -206,14 +204,6 @@ TEST(DeclaredCommandTest, IsReadStrictly) {
     for (const char* text :
          {"4294967296:0:SUIT", "1:2:SUI", "1:2:SUITE", "1:2:SUIT:0", "1:2:SUIT:", "-1:2:SUIT", "1:SUIT"})
         EXPECT_FALSE(achost::ParseDeclaredCommand(text, &parsed)) << text;
-}
-
-TEST_F(DialogTest, OwnLocationAndRelease) {
-    Start();
-    char absolute[PATH_MAX];
-    ASSERT_NE(nullptr, realpath(FIXTURE_DIALOGS, absolute));
-    EXPECT_EQ("", Run({"menu 6", "menu 7", "expect menu 32500 7 \"0 19 1\""}));
-    EXPECT_EQ(absolute, host->FindMenu(32500)->items[5].text);
 }
 
 } // namespace
