@@ -33,9 +33,7 @@ TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
     XN_Comm::AddOnsFileDelete();
     EXPECT_EQ(others, TempFolder::Names(temp.Path()));
     EXPECT_FALSE(XN_Comm::AddOnFileRead()) << "no marker";
-}
-
-TEST_F(CommTest, OnlyOneExactTrueRecordReadsAsLoaded) {
+    // Only one exact TRUE record reads as loaded.
     const struct {
         const char* plain;
         bool loaded;
@@ -93,10 +91,7 @@ TEST(CommIdentifierTest, TwentySixIdentifiersOfTheSuiteAndBlanksOtherwise) {
         identifiers.insert(id);
     }
     EXPECT_EQ(26u, identifiers.size());
-}
-
-// The add-on's own 'MDID' resource must be its entry of the table.
-TEST(CommIdentifierTest, TheResourceFileCarriesTheAddOnsIdentifier) {
+    // The add-on's own 'MDID' resource must be its entry of the table.
     std::ifstream grc(XN_RESOURCE_FILE);
     const std::string text((std::istreambuf_iterator<char>(grc)), std::istreambuf_iterator<char>());
     std::smatch match;

@@ -44,11 +44,8 @@ TEST_F(LanguageTest, ReadsTheStoredLanguage) {
         EXPECT_EQ(c.expected, gXN_Language);
         EXPECT_EQ(c.result, XN_Language_Exists());
     }
-}
-
-// The forced reload is of the shared store; the language lives in the add-on's own store, which is
-// read lazily and so not again.
-TEST_F(LanguageTest, ReloadReadsTheSharedFileAgain) {
+    // The forced reload is of the shared store; the language lives in the add-on's own store, which is read
+    // lazily and so not again.
     WritePlain(SharedPath(), "$Language_str: ger\n$Other: 1\n");
     WritePlain(OwnPath(), "$Language_str: fra\n");
     XN_Language_Read(true);

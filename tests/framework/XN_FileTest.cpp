@@ -110,7 +110,7 @@ TEST_F(XN_FileTest, TrailingZeroBytesAreNeverWritten) {
     }
 }
 
-TEST_F(XN_FileTest, AppendOrWriteAfresh) {
+TEST_F(XN_FileTest, AppendOrWriteAfreshAndDelete) {
     EXPECT_EQ(XN_File::WriteFullText(At("t"), FromUtf8("ab"), E::Encoding_UTF8, false, true), 0) << "creates";
     EXPECT_EQ(XN_File::WriteFullText(At("t"), FromUtf8("cd"), E::Encoding_UTF8, false, true), 0);
     EXPECT_EQ(Bytes("t"), "abcd");
@@ -122,6 +122,12 @@ TEST_F(XN_FileTest, AppendOrWriteAfresh) {
     EXPECT_EQ(Bytes("b"), "1234");
     EXPECT_EQ(XN_File::WriteBin(At("b"), "5", 1, false, false), 0);
     EXPECT_EQ(Bytes("b"), "5");
+    // Delete removes only existing files.
+    TempFolder::Write(temp.PathOf("f"), "x");
+    EXPECT_TRUE(XN_File::Delete(At("f")));
+    EXPECT_FALSE(fs::exists(temp.PathOf("f")));
+    EXPECT_FALSE(XN_File::Delete(At("f")));
+    EXPECT_FALSE(XN_File::Delete(XN_Location()));
 }
 
 TEST_F(XN_FileTest, BinaryReads) {
@@ -145,14 +151,6 @@ TEST_F(XN_FileTest, BinaryReads) {
     bool exists = true;
     EXPECT_EQ(XN_File::ReadBin(At("missing"), nullptr, &size, &exists, 0), 0) << "a missing file is no error";
     EXPECT_FALSE(exists);
-}
-
-TEST_F(XN_FileTest, DeleteRemovesOnlyExistingFiles) {
-    TempFolder::Write(temp.PathOf("f"), "x");
-    EXPECT_TRUE(XN_File::Delete(At("f")));
-    EXPECT_FALSE(fs::exists(temp.PathOf("f")));
-    EXPECT_FALSE(XN_File::Delete(At("f")));
-    EXPECT_FALSE(XN_File::Delete(XN_Location()));
 }
 
 } // namespace

@@ -172,7 +172,7 @@ TEST_F(XN_ListTest, AppendMadeBuildsElementsInPlaceAndKeepsTheListOnFailure) {
     EXPECT_EQ(list.data, nullptr) << "a refused resize makes the list inert";
 }
 
-TEST_F(XN_ListTest, AFailedReallocationLeavesAnInertListWithoutLeaks) {
+TEST_F(XN_ListTest, AFailedAllocationOrReallocationLeavesAnInertListWithoutLeaks) {
     const std::pair<const char*, void (*)(XN_List<Counted>&)> cases[] = {
         {"growing", [](XN_List<Counted>& list) { list.AddData(Counted(9), 1); }},
         {"shrinking", [](XN_List<Counted>& list) { list.DeleteData(1); }},
@@ -189,9 +189,6 @@ TEST_F(XN_ListTest, AFailedReallocationLeavesAnInertListWithoutLeaks) {
         EXPECT_EQ(list.count, 0) << "an inert list stays empty";
         EXPECT_EQ(XN_List<Counted>(list).data, nullptr);
     }
-}
-
-TEST_F(XN_ListTest, AFailedAllocationMakesTheNewListInert) {
     XN_List<Counted> source = ListOf<Counted>({1, 2});
     achost::FailAllocation(1);
     XN_List<Counted> copy(source);

@@ -108,7 +108,7 @@ TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
     }
 }
 
-TEST_F(XN_LocationTreeTest, SubFoldersAndFolderTests) {
+TEST_F(XN_LocationTreeTest, SubFoldersFolderTestsAndFailures) {
     XN_List<XN_Location> folders;
     EXPECT_TRUE(root.GetSubFolders(false, &folders));
     EXPECT_EQ(Relative(folders), (std::vector<std::string>{"f.d", "sub"}));
@@ -123,9 +123,6 @@ TEST_F(XN_LocationTreeTest, SubFoldersAndFolderTests) {
         EXPECT_EQ(XN_Location(FromUtf8(temp.PathOf(relative))).IsFolder(), isFolder);
     }
     EXPECT_FALSE(XN_Location().IsFolder());
-}
-
-TEST_F(XN_LocationTreeTest, EnumerationFailures) {
     XN_List<XN_Location> files;
     EXPECT_FALSE(XN_Location(FromUtf8(temp.PathOf("missing"))).GetFilesInFolder(nullptr, true, &files));
     EXPECT_FALSE(XN_Location().GetSubFolders(true, &files));

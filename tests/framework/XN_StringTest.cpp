@@ -69,7 +69,8 @@ TEST(XN_StringAllocation, ReservedRoomIsReused) {
     EXPECT_EQ(Show(s), "/folder/MVL");
 }
 
-TEST(XN_StringAppend, EmbeddedZeroUnitsAreCopied) {
+TEST(XN_StringAppend, ConcatenationSetCatAndEmbeddedZeroUnits) {
+    // Embedded zero units are copied.
     XN_String zeros(kWithZeros, 4);
     XN_String s("x");
     s += zeros;
@@ -79,9 +80,6 @@ TEST(XN_StringAppend, EmbeddedZeroUnitsAreCopied) {
     EXPECT_EQ((zeros + zeros).UCharAt(6), 'b');
     s += s;
     EXPECT_EQ(s.GetLength(), 10u);
-}
-
-TEST(XN_StringAppend, ConcatenationAndSetCat) {
     auto setCat = [](const char* a, unsigned na, const char* b, unsigned nb, const char* c, unsigned nc) {
         XN_String s("old");
         s.SetCat(a, na, b, nb, c, nc);

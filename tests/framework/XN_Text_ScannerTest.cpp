@@ -119,6 +119,14 @@ TEST(XN_Text_Scanner, FindTextMovesByTheNeedlesByteLength) {
     EXPECT_EQ(scanner.GetPosition(), 5u) << "no match moves to the end";
     EXPECT_EQ(scanner.FindText("é", 4, true, XN_String::Encoding_UTF8), 4);
     EXPECT_EQ(scanner.GetPosition(), 5u) << "clamped to the end";
+    // A null text reads as nothing.
+    XN_Text_Scanner empty;
+    empty.Set(XN_String());
+    EXPECT_EQ(Show(empty.ReadLine(true, true)), "<null>");
+    EXPECT_EQ(Show(empty.ReadToken(3, true)), "<null>");
+    XN_String value;
+    EXPECT_FALSE(empty.ReadDoubleQuotedString(value, 3, true));
+    EXPECT_EQ(empty.FindText("a", 0, true), -1);
 }
 
 TEST(XN_Text_Scanner, CommentSkippingQuirks) {
@@ -137,16 +145,6 @@ TEST(XN_Text_Scanner, CommentSkippingQuirks) {
 
     Scanner twice("  /* x");
     EXPECT_EQ(twice.SkipSpacesTabsEOLsComments(true), 6u) << "the same comment met again ends the scan";
-}
-
-TEST(XN_Text_Scanner, EmptyAndGarbageTextsAreHarmless) {
-    XN_Text_Scanner empty;
-    empty.Set(XN_String());
-    EXPECT_EQ(Show(empty.ReadLine(true, true)), "<null>");
-    EXPECT_EQ(Show(empty.ReadToken(3, true)), "<null>");
-    XN_String value;
-    EXPECT_FALSE(empty.ReadDoubleQuotedString(value, 3, true));
-    EXPECT_EQ(empty.FindText("a", 0, true), -1);
 }
 
 } // namespace

@@ -39,10 +39,7 @@ TEST(ActionTest, ReadsNumbersStringsAndChoices) {
         EXPECT_EQ(c.numbers, action.numbers);
         EXPECT_EQ(c.texts, action.texts);
     }
-}
-
-// What `help` shows as an example must be a line the reader takes, as the verb it explains.
-TEST(ActionTest, EveryHelpExampleReadsAsItsVerb) {
+    // What help shows as an example must be a line the reader takes, as the verb it explains.
     for (const auto& example : achost::ActionExamples()) {
         SCOPED_TRACE(example.second);
         achost::Action action;

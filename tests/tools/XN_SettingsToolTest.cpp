@@ -101,9 +101,17 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
     }
 }
 
-// A read-only file, and a working folder that is gone, get a reason.
-TEST_F(SettingsToolTest, SaysWhyAPathCannotBeUsed) {
+// A malformed file: dump tells that the add-ons keep a copy before rewriting it, and where it is.
+TEST_F(SettingsToolTest, TellsOfTheCopyOfAnUnreadableFileAndWhyAFileCannotBeUsed) {
+    WritePlain(File(), "$a: 1\nbad\n");
+    EXPECT_NE(std::string::npos,
+              Run({"dump", "FILE"}).err.find("keeps a copy of it as " + File() + ".unreadable"));
+    WritePlain(File() + ".unreadable", "$a: 1\nbad\n");
     WritePlain(File(), "$a: 1\n");
+    const Outcome outcome = Run({"dump", "FILE"});
+    EXPECT_EQ(0, outcome.exitCode);
+    EXPECT_NE(std::string::npos, outcome.err.find(File() + ".unreadable holds a copy")) << outcome.err;
+    // A read-only file, and a working folder that is gone, get a reason.
     chmod(File().c_str(), 0444);
     const Outcome readOnly = Run({"set", "FILE", "a", "2"});
     EXPECT_EQ(1, readOnly.exitCode);
@@ -118,18 +126,6 @@ TEST_F(SettingsToolTest, SaysWhyAPathCannotBeUsed) {
     EXPECT_NE(std::string::npos,
               TempFolder::Read(temp.PathOf("err.txt")).find("the working folder: No such file"));
     std::remove(temp.PathOf("err.txt").c_str());
-}
-
-// A malformed file: dump tells that the add-ons keep a copy before rewriting it, and where it is.
-TEST_F(SettingsToolTest, DumpTellsOfTheCopyOfAnUnreadableFile) {
-    WritePlain(File(), "$a: 1\nbad\n");
-    EXPECT_NE(std::string::npos,
-              Run({"dump", "FILE"}).err.find("keeps a copy of it as " + File() + ".unreadable"));
-    WritePlain(File() + ".unreadable", "$a: 1\nbad\n");
-    WritePlain(File(), "$a: 1\n");
-    const Outcome outcome = Run({"dump", "FILE"});
-    EXPECT_EQ(0, outcome.exitCode);
-    EXPECT_NE(std::string::npos, outcome.err.find(File() + ".unreadable holds a copy")) << outcome.err;
 }
 
 TEST_F(SettingsToolTest, ConcurrentWritersNeverLeaveAnUnreadableFile) {
