@@ -92,9 +92,7 @@ TEST_F(AddonSettingsTest, PersistenceAndReloading) {
     EXPECT_EQ("1", Utf8(XN_AddonSettings_Get(kShared, "AutoUpdate", true)));
     ASSERT_TRUE(XN_AddonSettings_Load(kShared, false));
     EXPECT_EQ("0", Value(kShared, "AutoUpdate"));
-}
-
-TEST_F(AddonSettingsTest, ValuesWithLineBreaksRoundTrip) {
+    // Values with line breaks round trip.
     const struct {
         const char* name;
         std::string value, written, readBack;

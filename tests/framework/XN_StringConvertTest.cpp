@@ -94,7 +94,8 @@ TEST(XN_StringConvert, ResultCodesOfTheEngine) {
     EXPECT_EQ(std::string(dst, 4), std::string("a?b\0", 4));
 }
 
-TEST(XN_StringConvert, Utf32ValuesOutsideUnicodeBecomeReplacementCharacters) {
+// UTF-32 values outside Unicode become replacement characters.
+TEST(XN_StringConvert, ValuesOutsideUnicodeAndUnpairedSurrogates) {
     const char32_t units[] = {0x1F600, 0xD800, 0x110000, 0x10FFFF, 'a', 0};
     XN_String s(reinterpret_cast<const char*>(units), 20, E::Encoding_UTF32);
     EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(s.GetBuffer()), s.GetLength()),
@@ -102,15 +103,13 @@ TEST(XN_StringConvert, Utf32ValuesOutsideUnicodeBecomeReplacementCharacters) {
               u"a");
     XN_String upToZero(reinterpret_cast<const char*>(units + 4), 0, E::Encoding_UTF32);
     EXPECT_EQ(Show(upToZero), "a");
-}
-
-TEST(XN_StringConvert, UnpairedSurrogateIsLossyOrAnError) {
-    const unsigned short units[] = {'a', 0xD800, 'b'};
-    XN_String s(units, 3);
-    EXPECT_EQ(Bytes(s.ToCStr(E::Encoding_UTF8)), std::string("a?b\0", 4));
-    EXPECT_EQ(Bytes(s.ToCStr(E::Encoding_UTF32BE)), std::string("\0\0\0a\0\0\0?\0\0\0b\0\0\0\0", 16));
+    // An unpaired surrogate is lossy or an error.
+    const unsigned short unpaired[] = {'a', 0xD800, 'b'};
+    XN_String lone(unpaired, 3);
+    EXPECT_EQ(Bytes(lone.ToCStr(E::Encoding_UTF8)), std::string("a?b\0", 4));
+    EXPECT_EQ(Bytes(lone.ToCStr(E::Encoding_UTF32BE)), std::string("\0\0\0a\0\0\0?\0\0\0b\0\0\0\0", 16));
     char dst[16];
-    EXPECT_EQ(XN_String::ConvertChangeEncoding(E::Encoding_UTF16, reinterpret_cast<const char*>(units), 6,
+    EXPECT_EQ(XN_String::ConvertChangeEncoding(E::Encoding_UTF16, reinterpret_cast<const char*>(unpaired), 6,
                                                E::Encoding_UTF32, dst, 16, false, false),
               -2);
 }
@@ -160,19 +159,17 @@ TEST(XN_StringConvert, SystemDefaultIsAnEightBitEncodingInWhichEveryByteReads) {
     EXPECT_EQ(Bytes(XN_String(all.c_str()).ToCStr()), all + '\0');
 }
 
-TEST(XN_StringConvert, FailedReadLeavesTheStringUnchanged) {
-    XN_String s("kept");
-    EXPECT_FALSE(s.Set("\xFF\xFE", 2, E::Encoding_UTF8));
-    EXPECT_EQ(Show(s), "kept");
+TEST(XN_StringConvert, FailedReadLeavesTheStringUnchangedAndPartsGoToBytes) {
+    XN_String kept("kept");
+    EXPECT_FALSE(kept.Set("\xFF\xFE", 2, E::Encoding_UTF8));
+    EXPECT_EQ(Show(kept), "kept");
     EXPECT_TRUE(XN_String("\xFF", E::Encoding_UTF8).IsNull());
-    EXPECT_TRUE(XN_String::CStringToXN_String(s, "!", 0, E::Encoding_ASCII, true));
-    EXPECT_TRUE(XN_String::CStringToXN_String(s, nullptr, 0, E::Encoding_ASCII, true));
-    EXPECT_EQ(Show(s), "kept!");
-    EXPECT_TRUE(XN_String::CStringToXN_String(s, nullptr, 0, E::Encoding_ASCII, false));
-    EXPECT_TRUE(s.IsNull());
-}
-
-TEST(XN_StringConvert, PartsOfAStringToBytes) {
+    EXPECT_TRUE(XN_String::CStringToXN_String(kept, "!", 0, E::Encoding_ASCII, true));
+    EXPECT_TRUE(XN_String::CStringToXN_String(kept, nullptr, 0, E::Encoding_ASCII, true));
+    EXPECT_EQ(Show(kept), "kept!");
+    EXPECT_TRUE(XN_String::CStringToXN_String(kept, nullptr, 0, E::Encoding_ASCII, false));
+    EXPECT_TRUE(kept.IsNull());
+    // Parts of a string to bytes.
     const unsigned short units[] = {'a', 'b', 'c', 0, 'd'};
     XN_String s(units, 5);
     auto part = [](const XN_String& source, unsigned start, unsigned count, E::Encoding enc) {

@@ -37,7 +37,7 @@ TEST(XN_StringConstruction, NullAndEmptyAreDistinct) {
     EXPECT_EQ(taken.GetCapacity(), 1u);
 }
 
-TEST(XN_StringAllocation, AllocNeverShrinksAndSetSizeAlwaysReallocates) {
+TEST(XN_StringAllocation, AllocNeverShrinksSetSizeAlwaysReallocatesAndRoomIsReused) {
     Probe s("abcdef");
     s.THIS_Alloc(3, false);
     EXPECT_EQ(Show(s), "abcdef");
@@ -56,17 +56,15 @@ TEST(XN_StringAllocation, AllocNeverShrinksAndSetSizeAlwaysReallocates) {
     t.SetSize(5, false);
     EXPECT_EQ(t.GetLength(), 0u);
     EXPECT_EQ(t.GetCapacity(), 5u);
-}
-
-TEST(XN_StringAllocation, ReservedRoomIsReused) {
-    XN_String s("a longer text");
-    const unsigned short* before = s.GetBuffer();
-    s = "/folder";
-    s += "/";
-    s += XN_String("MVL");
-    EXPECT_EQ(s.GetBuffer(), before);
-    EXPECT_EQ(s.GetCapacity(), 14u);
-    EXPECT_EQ(Show(s), "/folder/MVL");
+    // Reserved room is reused by assignments and appends.
+    XN_String u("a longer text");
+    const unsigned short* reserved = u.GetBuffer();
+    u = "/folder";
+    u += "/";
+    u += XN_String("MVL");
+    EXPECT_EQ(u.GetBuffer(), reserved);
+    EXPECT_EQ(u.GetCapacity(), 14u);
+    EXPECT_EQ(Show(u), "/folder/MVL");
 }
 
 TEST(XN_StringAppend, ConcatenationSetCatAndEmbeddedZeroUnits) {

@@ -188,7 +188,7 @@ TEST(XN_StringNumbers, ParsingAtTheCorners) {
     }
 }
 
-TEST(XN_StringNumbers, NumberTests) {
+TEST(XN_StringNumbers, NumberTestsAndPrinting) {
     const std::tuple<const char*, bool, bool> cases[] = {
         // text, IsIntegerNumber, IsNumber
         {"12", true, true},   {" - 3,25", false, true}, {"+ 7", true, true},     {"12 ", false, false},
@@ -202,9 +202,6 @@ TEST(XN_StringNumbers, NumberTests) {
         EXPECT_EQ(XN_String::IsNumber(text), number);
         EXPECT_EQ(XN_String::IsNumber(XN_String(text)), number);
     }
-}
-
-TEST(XN_StringNumbers, Printing) {
     ExpectRows<std::string>({
         {"long", Show(XN_String::LongToString(-42)), "-42"},
         {"long with width", Show(XN_String::LongToString(42, 5)), "   42"},

@@ -94,6 +94,10 @@ TEST_F(DialogTest, FailuresNameWhatWasShownAndEndTheSession) {
         EXPECT_TRUE(host->Dialogs().empty());
         EXPECT_EQ("init;close 2", host->FindMenu(32500)->items[9].text);
     }
+    // An open alert refuses dialog actions.
+    Start();
+    EXPECT_EQ("driver:2: 'click 1' is not possible while an alert is open", Run({"menu 4", "click 1"}));
+    EXPECT_EQ(nullptr, host->OpenAlert());
 }
 
 TEST_F(DialogTest, WrongCallsAreReportedWithTheCallsName) {
@@ -112,20 +116,6 @@ TEST_F(DialogTest, WrongCallsAreReportedWithTheCallsName) {
         "DGModalDialog: the add-on has no 'GDLG' 32599",
     };
     EXPECT_EQ(expected, reported);
-}
-
-// A palette outlives the command only in an add-on that stays loaded; otherwise the host closes it
-// before the unload and says why.
-TEST_F(DialogTest, APaletteOfAnUnloadedAddonIsClosedAndReported) {
-    std::vector<std::string> reported;
-    Start(&reported);
-    EXPECT_EQ("", Run({"menu 9"}));
-    EXPECT_EQ(
-        std::vector<std::string>{
-            "ACAPI_KeepInMemory: the add-on left a dialog open and was not kept in memory"},
-        reported);
-    EXPECT_TRUE(host->Dialogs().empty());
-    EXPECT_FALSE(host->IsLoaded());
 }
 
 // The palette registers as a modeless window once (a second registration is refused) until it
@@ -160,12 +150,17 @@ TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
         EXPECT_TRUE(host->Dialogs().empty());
         EXPECT_EQ(c.reported, reported);
     }
-}
-
-TEST_F(DialogTest, AnOpenAlertRefusesDialogActions) {
-    Start();
-    EXPECT_EQ("driver:2: 'click 1' is not possible while an alert is open", Run({"menu 4", "click 1"}));
-    EXPECT_EQ(nullptr, host->OpenAlert());
+    // A palette outlives the command only in an add-on that stays loaded; otherwise the host closes it before
+    // the unload and says why.
+    std::vector<std::string> reported;
+    Start(&reported);
+    EXPECT_EQ("", Run({"menu 9"}));
+    EXPECT_EQ(
+        std::vector<std::string>{
+            "ACAPI_KeepInMemory: the add-on left a dialog open and was not kept in memory"},
+        reported);
+    EXPECT_TRUE(host->Dialogs().empty());
+    EXPECT_FALSE(host->IsLoaded());
 }
 
 TEST_F(DialogTest, TerminalShowsTheFrontDialog) {

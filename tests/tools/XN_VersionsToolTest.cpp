@@ -65,9 +65,7 @@ TEST_F(VersionsToolTest, AnswersEachCommand) {
         EXPECT_NE(std::string::npos, err.find(c.errPart)) << err;
         EXPECT_EQ(*c.errPart == '\0', err.empty()) << err;
     }
-}
-
-TEST_F(VersionsToolTest, PrintsJsonWithEveryField) {
+    // print --json gives every field.
     TempFolder::Write(File(), kSample);
     std::string out, err;
     ASSERT_EQ(0, Run("print --json FILE", out, err)) << err;

@@ -98,7 +98,7 @@ TEST_F(ValidateTest, AchostNamesTheAddonAndTheCallThatFailed) {
     }
 }
 
-TEST_F(ValidateTest, ReportsGoToJsonAndJUnit) {
+TEST_F(ValidateTest, ReportsGoToJsonAndJUnitAndBadArgumentsAreNamed) {
     const std::string json = temp.PathOf("report.json"), junit = temp.PathOf("report.xml");
     int exitCode = -1;
     const std::string output =
@@ -123,9 +123,6 @@ TEST_F(ValidateTest, ReportsGoToJsonAndJUnit) {
     EXPECT_NE(std::string::npos, xml.find("name=\"dialogs #2\""));
     EXPECT_NE(std::string::npos, xml.find("<failure message=\"DGSetItemText: no dialog 1 is open (while "
                                           "looking for dialogs: menu 32500 1)"));
-}
-
-TEST_F(ValidateTest, BadArgumentsAreNamed) {
     const struct {
         const char* arguments;
         const char* message;
