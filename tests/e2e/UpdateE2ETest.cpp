@@ -36,12 +36,6 @@ protected:
 
 // A check from the menu (the first command: it runs exactly one check) and what its dialog says.
 TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
-    const std::string upToDate[] = {"expect item 3 \"You have the latest release.\"",
-                                    "expect item 4 \"MoravelLibrary is up to date.\"",
-                                    "expect item 5 disabled"};
-    const std::string newer[] = {"expect item 3 \"A newer release is available.\"",
-                                 "expect item 4 \"A newer release of MoravelLibrary is available.\"",
-                                 "expect item 5 enabled"};
     const struct {
         const char* name;
         xn_test::Reply reply;
@@ -67,13 +61,15 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
             return path == "http://moved.example/v.txt" ? xn_test::Reply{200, kOwnLine} : c.reply;
         }));
         setenv("http_proxy", one.Address().c_str(), 1);
-        std::vector<std::string> lines = {"menu 4", "expect dialog 32755 hidden", "wait download",
-                                          "expect dialog 32755 shown", "expect title \"MoravelLibrary\""};
-        for (const std::string& line : c.isNewer ? newer : upToDate)
-            lines.push_back(line);
-        lines.push_back("expect item 6 \"The latest Moravel library is on the updates page.\"");
-        lines.push_back("expect item 7 \"Check Library\"");
-        EXPECT_EQ("", Run(lines));
+        EXPECT_EQ("", Run({"menu 4", "expect dialog 32755 hidden", "wait download",
+                           "expect dialog 32755 shown", "expect title \"MoravelLibrary\"",
+                           c.isNewer ? "expect item 3 \"A newer release is available.\""
+                                     : "expect item 3 \"You have the latest release.\"",
+                           c.isNewer ? "expect item 4 \"A newer release of MoravelLibrary is available.\""
+                                     : "expect item 4 \"MoravelLibrary is up to date.\"",
+                           c.isNewer ? "expect item 5 enabled" : "expect item 5 disabled",
+                           "expect item 6 \"The latest Moravel library is on the updates page.\"",
+                           "expect item 7 \"Check Library\""}));
         EXPECT_EQ(kVersionsAddress, one.Paths().at(0));
         EXPECT_EQ(c.reply.status == 302 ? 2u : 1u, one.Paths().size());
         EXPECT_FALSE(TempFileLeft());
