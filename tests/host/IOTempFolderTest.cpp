@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(TempFolder, IsFreshAndRemovedWithWhatItHolds) {
+TEST(TempFolder, IsFreshGoesWithWhatItHoldsAndReportsFilesLeftBehind) {
     std::string path;
     {
         xn_test::TempFolder temp;
@@ -22,9 +22,6 @@ TEST(TempFolder, IsFreshAndRemovedWithWhatItHolds) {
     }
     EXPECT_FALSE(fs::exists(path));
     EXPECT_FALSE(fs::exists(fs::path(path).parent_path()));
-}
-
-TEST(TempFolder, ReportsFilesLeftBehind) {
     xn_test::TempFolder outer;
     const std::string watched = outer.PathOf("watched");
     fs::create_directory(watched);
