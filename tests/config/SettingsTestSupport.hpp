@@ -1,5 +1,4 @@
-// Shared by the config and tool tests: a fresh shared folder per test, and settings files as plain
-// images (before the exchange of each byte's halves).
+// Shared by the config and tool tests: a fresh shared folder per test, and readable settings values.
 #pragma once
 
 #include "TempFolder.hpp"
@@ -11,22 +10,9 @@
 
 namespace xn_test {
 
-// A plain image <-> its file bytes.
-inline std::string Exchanged(std::string bytes) {
-    XN_SettingsFile_ExchangeHalves(&bytes[0], bytes.size());
-    return bytes;
-}
-
 inline std::string Utf8(const XN_String& text) {
     const XN_CString bytes = text.ToCStr(XN_String::Encoding_UTF8);
     return bytes.Get() != nullptr ? std::string(bytes.Get()) : std::string();
-}
-
-inline std::string ReadPlain(const std::string& path) {
-    return Exchanged(TempFolder::Read(path));
-}
-inline void WritePlain(const std::string& path, const std::string& plain) {
-    TempFolder::Write(path, Exchanged(plain));
 }
 
 // Each test gets its own empty shared folder, and both stores start empty and loaded from it.

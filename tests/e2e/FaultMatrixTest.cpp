@@ -14,14 +14,6 @@ namespace {
 using achost::FileOperation;
 using achost::HostCall;
 
-// The plain image of a settings file <-> its bytes on disk.
-std::string Exchanged(std::string bytes) {
-    for (char& b : bytes)
-        b = static_cast<char>(((static_cast<unsigned char>(b) >> 4) & 0x0F) |
-                              ((static_cast<unsigned char>(b) << 4) & 0xF0));
-    return bytes;
-}
-
 // With the automatic update check off, so that only the commands run touch the file.
 const std::string kGerman = "$Language_str: ger\n$AutoUpdate: 0\n";
 const std::string kItalian = "$Language_str: ita\n$AutoUpdate: 0\n";
@@ -47,7 +39,7 @@ protected:
         achost::ScopedFaults faults;
         std::filesystem::remove_all(temp.PathOf("Shared"));
         std::filesystem::create_directories(temp.PathOf("Shared"));
-        temp.Write(SettingsPath(), Exchanged(kGerman));
+        xn_test::WritePlain(SettingsPath(), kGerman);
         const long handlesBefore = achost::LiveHandleCount();
         const long misusesBefore = achost::HandleMisuseCount();
         std::vector<std::string> violations;
@@ -66,7 +58,7 @@ protected:
             }
             outcome.fired = !achost::FaultPending();
         }
-        outcome.stored = Exchanged(temp.Read(SettingsPath()));
+        outcome.stored = xn_test::ReadPlain(SettingsPath());
         EXPECT_EQ(handlesBefore, achost::LiveHandleCount());
         EXPECT_EQ(misusesBefore, achost::HandleMisuseCount());
         EXPECT_EQ(std::vector<std::string>(), violations);

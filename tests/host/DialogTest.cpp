@@ -16,8 +16,7 @@ protected:
     void Start(std::vector<std::string>* collected = nullptr) {
         host.reset(); // one host at a time
         host = std::make_unique<achost::Host>(xn_test::StrictOptions(collected));
-        std::string error;
-        ASSERT_TRUE(host->Start(FIXTURE_DIALOGS, &error)) << error;
+        ASSERT_TRUE(xn_test::Started(*host, FIXTURE_DIALOGS));
     }
     // Runs the lines as one session; returns the failure that ended it, or "".
     std::string Run(const std::vector<std::string>& lines,

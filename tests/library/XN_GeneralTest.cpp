@@ -28,10 +28,6 @@ protected:
         unsetenv("XN_PROBE_ARGUMENT");
         SharedFolderTest::TearDown();
     }
-    void Start(achost::Host& host) {
-        std::string error;
-        ASSERT_TRUE(host.Start(GENERAL_PROBE, &error)) << error;
-    }
     // Calls the probe's item with `argument`; what the call answered.
     std::string Probe(achost::Host& host, int item, const std::string& argument) {
         setenv("XN_PROBE_ARGUMENT", argument.c_str(), 1);
@@ -66,7 +62,7 @@ TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
         {"300 characters cut to 255", "/p/" + name255 + std::string(45, 'x'), "true false " + name255},
     };
     achost::Host host(options);
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         host.SetProject(c.project);
@@ -93,7 +89,7 @@ TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeede
         {"check ignores case", kCheckEngine, "PRO", "1", 1, 2},
     };
     achost::Host host(options);
-    Start(host);
+    ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
     for (const auto& s : steps) {
         SCOPED_TRACE(s.name);
         EXPECT_EQ(s.answer, Probe(host, s.item, s.argument));
@@ -103,9 +99,7 @@ TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeede
 }
 
 TEST_F(GeneralTest, OnlyExistingTargetsOfTheRightKindAreOpened) {
-    const std::string odd = temp.PathOf("it's a \"quoted\" file; $HOME.pdf");
     temp.Write(temp.PathOf("doc.pdf"), "%PDF");
-    temp.Write(odd, "%PDF");
     std::filesystem::create_directories(temp.PathOf("Folder"));
     const std::string url300 = "http://www.norvane.example/" + std::string(273, 'u');
     const struct {
@@ -118,13 +112,12 @@ TEST_F(GeneralTest, OnlyExistingTargetsOfTheRightKindAreOpened) {
         {"a missing document", kLaunchDocByLoc, temp.PathOf("missing.pdf"), "false", ""},
         {"a folder is not a document", kLaunchDocByLoc, temp.PathOf("Folder"), "false", ""},
         {"a document", kLaunchDocByLoc, temp.PathOf("doc.pdf"), "true", temp.PathOf("doc.pdf")},
-        {"quotes, spaces, ; and $ as they are", kLaunchDocByPath, odd, "true", odd},
         {"an address of 300 characters goes as 255", kLaunchURL, url300, "true", url300.substr(0, 255)},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::Host host(options);
-        Start(host);
+        ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
         EXPECT_EQ(c.answer, Probe(host, c.item, c.argument));
         EXPECT_EQ(c.opened.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.opened},
                   host.Opened());
@@ -153,7 +146,7 @@ TEST_F(GeneralTest, LaunchingPassesTheTargetAsOneArgumentToXdgOpen) {
         SCOPED_TRACE(c.name);
         RecordingXdgOpen(c.exitCode);
         achost::Host host(options);
-        Start(host);
+        ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
         EXPECT_EQ(c.answer, Probe(host, c.item, c.argument));
         EXPECT_EQ(c.argument + "\n", temp.Read(temp.PathOf("xdg-open.log")));
         std::filesystem::remove(temp.PathOf("xdg-open.log"));
@@ -175,7 +168,7 @@ TEST_F(GeneralTest, SaveFileOffersTheDefaultPathAndAnswersTheChosenFile) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::Host host(options);
-        Start(host);
+        ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
         setenv("XN_PROBE_ARGUMENT", c.defaultPath.c_str(), 1);
         achost::FileRequest seen;
         EXPECT_EQ("",
@@ -214,7 +207,7 @@ TEST_F(GeneralTest, SessionLinesSetTheProjectAndExpectTheEngine) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         achost::Host host(options);
-        Start(host);
+        ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
         EXPECT_EQ(c.failure, xn_test::RunLines(host, c.lines));
         EXPECT_EQ(c.title, host.FindMenu(32500)->items[0].text);
     }

@@ -89,8 +89,7 @@ protected:
             }
         withLibraries.missing = {"Ghost"};
         auto host = std::make_unique<achost::Host>(withLibraries);
-        std::string error;
-        EXPECT_TRUE(host->Start(temp.PathOf("Addon/library_probe.so"), &error)) << error;
+        xn_test::Started(*host, temp.PathOf("Addon/library_probe.so"));
         return host;
     }
     std::string Run(achost::Host& host, int item, const std::string& argument, int type = 0,

@@ -112,6 +112,20 @@ private:
     std::vector<std::pair<std::string, std::set<std::string>>> watched;
 };
 
+// A settings file's plain image <-> its bytes on disk, whose halves of each byte are exchanged.
+inline std::string Exchanged(std::string bytes) {
+    for (char& b : bytes)
+        b = static_cast<char>(((static_cast<unsigned char>(b) >> 4) & 0x0F) |
+                              ((static_cast<unsigned char>(b) << 4) & 0xF0));
+    return bytes;
+}
+inline std::string ReadPlain(const std::string& path) {
+    return Exchanged(TempFolder::Read(path));
+}
+inline void WritePlain(const std::string& path, const std::string& plain) {
+    TempFolder::Write(path, Exchanged(plain));
+}
+
 // Base fixture: `temp` is a fresh folder for each test.
 class TempFolderTest : public ::testing::Test {
 protected:
