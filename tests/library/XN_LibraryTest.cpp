@@ -120,8 +120,6 @@ TEST_F(LibraryTest, SuiteLibraryIsAddedUnlessAFolderOfItsNameIsActive) {
     } cases[] = {
         {"active under another parent, other case", "Other/mvl_LIBRARY", kOnDisk, kLoad, 0, "true", 0,
          "Other/mvl_LIBRARY"},
-        {"the exact path in another case", "ADDON/MVL_library", kOnDisk, kLoad, 0, "true", 0,
-         "ADDON/MVL_library"},
         {"not active: added last", "Parts", kOnDisk, kLoad, 0, "true", 1, "Parts,Addon/MVL_Library"},
         {"absent from disk: the host is not asked", "", kAbsent, kLoad, 0, "true", 0, ""},
         {"unchecked: handed over again", "", kActive, kLoadUnchecked, 0, "true", 1, "Addon/MVL_Library"},
