@@ -13,6 +13,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace xn_test {
@@ -93,10 +94,7 @@ TEST_F(AddonSettingsTest, PersistenceAndReloading) {
     ASSERT_TRUE(XN_AddonSettings_Load(kShared, false));
     EXPECT_EQ("0", Value(kShared, "AutoUpdate"));
     // Values with line breaks round trip.
-    const struct {
-        const char* name;
-        std::string value, written, readBack;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string, std::string> cases[] = {
         {"LF", "a\nb", "$k: a\n#b\n", "a\nb"},
         {"CR", "a\rb", "$k: a\r#b\n", "a\rb"},
         {"CR LF", "a\r\nb", "$k: a\r\n#b\n", "a\r\nb"},
@@ -107,25 +105,20 @@ TEST_F(AddonSettingsTest, PersistenceAndReloading) {
          "a\n\n#b"},
         {"8-bit bytes", "\xE9\n\xFC", "$k: \xE9\n#\xFC\n", "é\nü"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, value, written, readBack] : cases) {
+        SCOPED_TRACE(name);
         XN_AddonSettings_Clear(kShared);
-        XN_AddonSettings_Set(kShared, "k", XN_String(c.value.c_str()), true);
+        XN_AddonSettings_Set(kShared, "k", XN_String(value.c_str()), true);
         ASSERT_TRUE(XN_AddonSettings_Save(kShared));
-        EXPECT_EQ(c.written, ReadPlain(SharedPath()));
+        EXPECT_EQ(written, ReadPlain(SharedPath()));
         ASSERT_TRUE(XN_AddonSettings_Load(kShared, false));
-        EXPECT_EQ((Records{{"k", c.readBack}}), SharedRecords());
+        EXPECT_EQ((Records{{"k", readBack}}), SharedRecords());
     }
 }
 
 TEST_F(AddonSettingsTest, LoadKeepsWhatTheReaderRulesKeepUpToTheSizeLimit) {
     using namespace std::string_literals;
-    const struct {
-        const char* name;
-        std::optional<std::string> plain;
-        bool loads;
-        Records records;
-    } cases[] = {
+    const std::tuple<const char*, std::optional<std::string>, bool, Records> cases[] = {
         {"no file", std::nullopt, true, {}},
         {"empty file", "", true, {}},
         {"key cut at the first colon, a byte skipped", "$a:b: c\n$d: 1\n", true, {{"a", ": c"}, {"d", "1"}}},
@@ -139,14 +132,14 @@ TEST_F(AddonSettingsTest, LoadKeepsWhatTheReaderRulesKeepUpToTheSizeLimit) {
         {"key without colon", "$a: 1\n$b\n", false, {{"a", "1"}}},
         {"other byte after a line break", "$a: 1\n$b: 2\nc", false, {{"a", "1"}}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, plain, loads, records] : cases) {
+        SCOPED_TRACE(name);
         XN_AddonSettings_Set(kShared, "stale", "x", true);
         std::filesystem::remove(SharedPath());
-        if (c.plain)
-            WritePlain(SharedPath(), *c.plain);
-        EXPECT_EQ(c.loads, XN_AddonSettings_Load(kShared, false));
-        EXPECT_EQ(c.records, SharedRecords());
+        if (plain)
+            WritePlain(SharedPath(), *plain);
+        EXPECT_EQ(loads, XN_AddonSettings_Load(kShared, false));
+        EXPECT_EQ(records, SharedRecords());
     }
     // An image is "$k: " + value + "\n": a value of XN_SETTINGS_IMAGE_MAX - 5 bytes fills the limit; one
     // byte more is refused on both sides.
@@ -170,21 +163,18 @@ TEST_F(AddonSettingsTest, LoadingOnDemandAndAFailedReload) {
     achost::Host host(StrictOptions());
     ASSERT_TRUE(Started(host, COMM_PROBE));
     std::string error;
-    const struct {
-        const char* plain;
-        Int32 item; // 2: Get "a" with loading, 3: forced reload
-        const char* shown;
-    } steps[] = {
+    // the file, the item chosen (2: Get "a" with loading, 3: forced reload), what it shows
+    const std::tuple<const char*, Int32, const char*> steps[] = {
         {"$a: 1\n$b: 2\nbad", 2, "0 "},
         {"$a: 3\n", 2, "1 3"},
         {"$c: 4\n$a: 5\nbad", 3, "0"},
         {"$a: 6\n", 2, "0 "},
     };
-    for (const auto& step : steps) {
-        SCOPED_TRACE(step.plain);
-        WritePlain(SharedPath(), step.plain);
-        ASSERT_TRUE(host.ChooseMenuItem(32500, step.item, &error)) << error;
-        EXPECT_EQ(step.shown, host.FindMenu(32500)->items[step.item - 1].text);
+    for (const auto& [plain, item, shown] : steps) {
+        SCOPED_TRACE(plain);
+        WritePlain(SharedPath(), plain);
+        ASSERT_TRUE(host.ChooseMenuItem(32500, item, &error)) << error;
+        EXPECT_EQ(shown, host.FindMenu(32500)->items[item - 1].text);
     }
 }
 
@@ -278,24 +268,21 @@ bool SaveAsUser(XN_AddonSettings_Type type) {
 }
 
 TEST_F(AddonSettingsTest, WritesInPlaceWhenANewFileCouldNotTakeTheOldOnesPlace) {
-    const struct {
-        const char* name;
-        mode_t folderMode;
-        bool needsRoot; // the file must belong to someone else than the saver
-    } cases[] = {
+    // needsRoot: the file must belong to someone else than the saver
+    const std::tuple<const char*, mode_t, bool> cases[] = {
         {"the folder takes no new file", 0555, false},
         {"a new file could not get the old one's owner", 0777, true},
     };
     chmod(std::filesystem::path(temp.Path()).parent_path().c_str(), 0755);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        if (c.needsRoot && geteuid() != 0)
+    for (const auto& [name, folderMode, needsRoot] : cases) {
+        SCOPED_TRACE(name);
+        if (needsRoot && geteuid() != 0)
             continue;
         WritePlain(SharedPath(), "$old: 1 and a longer value than the new one\n");
         chmod(SharedPath().c_str(), 0666);
         struct stat before, after;
         ASSERT_EQ(0, stat(SharedPath().c_str(), &before));
-        chmod(temp.Path().c_str(), c.folderMode);
+        chmod(temp.Path().c_str(), folderMode);
         XN_AddonSettings_Clear(kShared);
         XN_AddonSettings_Set(kShared, "k", "new", true);
         EXPECT_TRUE(SaveAsUser(kShared));

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <regex>
 #include <set>
+#include <tuple>
 
 namespace xn_test {
 namespace {
@@ -34,19 +35,16 @@ TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
     EXPECT_EQ(others, TempFolder::Names(temp.Path()));
     EXPECT_FALSE(XN_Comm::AddOnFileRead()) << "no marker";
     // Only one exact TRUE record reads as loaded.
-    const struct {
-        const char* plain;
-        bool loaded;
-    } cases[] = {
+    const std::tuple<const char*, bool> cases[] = {
         {"$Other: TRUE\n", true}, // the key is not looked at
         {"$Moravel Loaded: true\n", false},
         {"$Moravel Loaded: TRUE\n$Moravel Loaded: TRUE\n", false},
         {"", false},
         {"Moravel Loaded: TRUE\n", false},
     };
-    for (const auto& c : cases) {
-        WritePlain(temp.PathOf(kOwnMarker), c.plain);
-        EXPECT_EQ(c.loaded, XN_Comm::AddOnFileRead()) << c.plain;
+    for (const auto& [plain, loaded] : cases) {
+        WritePlain(temp.PathOf(kOwnMarker), plain);
+        EXPECT_EQ(loaded, XN_Comm::AddOnFileRead()) << plain;
     }
 }
 
@@ -54,30 +52,27 @@ TEST_F(CommTest, MarkersOfTheRunningReleaseAmongOthers) {
 // decides when the host has it; otherwise the result tells whether the suite marker of the running
 // release is on disk, while `loaded` stays false.
 TEST_F(CommTest, SuiteIsLoadedAsksTheCentralAddOnThenItsMarker) {
-    const struct {
-        bool suiteAnswers;
-        const char* marker; // written in the shared folder first, or null
-        const char* answer;
-    } cases[] = {
+    // marker: written in the shared folder first, or null
+    const std::tuple<bool, const char*, const char*> cases[] = {
         {true, nullptr, "1 1"},
         {false, nullptr, "0 0"},
         {false, kSuiteMarker, "1 0"},
         {false, "Moravel_AC18.sui", "0 0"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.marker != nullptr ? c.marker : "no marker");
-        if (c.marker != nullptr)
-            TempFolder::Write(temp.PathOf(c.marker), "");
+    for (const auto& [suiteAnswers, marker, answer] : cases) {
+        SCOPED_TRACE(marker != nullptr ? marker : "no marker");
+        if (marker != nullptr)
+            TempFolder::Write(temp.PathOf(marker), "");
         achost::HostOptions options = StrictOptions();
-        if (c.suiteAnswers)
+        if (suiteAnswers)
             options.commands.push_back({XN_Comm::ModulID(XN_Comm_Suite), 'SUIT', 1});
         achost::Host host(options);
         ASSERT_TRUE(Started(host, COMM_PROBE));
         std::string error;
         ASSERT_TRUE(host.ChooseMenuItem(32500, 1, &error)) << error;
-        EXPECT_EQ(c.answer, host.FindMenu(32500)->items[0].text);
-        if (c.marker != nullptr)
-            std::filesystem::remove(temp.PathOf(c.marker));
+        EXPECT_EQ(answer, host.FindMenu(32500)->items[0].text);
+        if (marker != nullptr)
+            std::filesystem::remove(temp.PathOf(marker));
     }
 }
 

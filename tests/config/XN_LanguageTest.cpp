@@ -3,6 +3,8 @@
 
 #include "XN_Language.hpp"
 
+#include <tuple>
+
 namespace xn_test {
 namespace {
 
@@ -11,13 +13,8 @@ const XN_AddonSettings_Type kOwn = XN_AddonSettings_Addon;
 using LanguageTest = SettingsStoreTest;
 
 TEST_F(LanguageTest, ReadsTheStoredLanguage) {
-    const struct {
-        const char* name;
-        const char* languageStr; // null: no record
-        const char* language;    // null: no record
-        bool result;
-        short expected;
-    } cases[] = {
+    // the records "Language_str" and "Language" (null: none), the result, the language read
+    const std::tuple<const char*, const char*, const char*, bool, short> cases[] = {
         {"suffix", "ita", nullptr, true, 0},
         {"suffix in another case", "FRA", nullptr, true, 2},
         {"last standard language", "spa", nullptr, true, 4},
@@ -32,17 +29,17 @@ TEST_F(LanguageTest, ReadsTheStoredLanguage) {
         {"old number that is not a number", nullptr, "abc", true, 1},
         {"neither key", nullptr, nullptr, false, 1},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, languageStr, language, result, expected] : cases) {
+        SCOPED_TRACE(name);
         XN_AddonSettings_Clear(kOwn);
-        if (c.languageStr != nullptr)
-            XN_AddonSettings_Set(kOwn, "Language_str", c.languageStr, true);
-        if (c.language != nullptr)
-            XN_AddonSettings_Set(kOwn, "Language", c.language, true);
+        if (languageStr != nullptr)
+            XN_AddonSettings_Set(kOwn, "Language_str", languageStr, true);
+        if (language != nullptr)
+            XN_AddonSettings_Set(kOwn, "Language", language, true);
         gXN_Language = 2;
-        EXPECT_EQ(c.result, XN_Language_Read(false));
-        EXPECT_EQ(c.expected, gXN_Language);
-        EXPECT_EQ(c.result, XN_Language_Exists());
+        EXPECT_EQ(result, XN_Language_Read(false));
+        EXPECT_EQ(expected, gXN_Language);
+        EXPECT_EQ(result, XN_Language_Exists());
     }
     // The forced reload is of the shared store; the language lives in the add-on's own store, which is read
     // lazily and so not again.
@@ -54,25 +51,20 @@ TEST_F(LanguageTest, ReadsTheStoredLanguage) {
 }
 
 TEST_F(LanguageTest, WritesTheSuffixAndFallsBackOnlyInMemory) {
-    const struct {
-        const char* name;
-        short language;
-        const char* stored;
-        short after;
-    } cases[] = {
+    const std::tuple<const char*, short, const char*, short> cases[] = {
         {"German beside the old number", 3, "$Language: 0\n$Language_str: ger\n", 3},
         {"unsupported language is stored as chosen", 5, "$Language: 0\n$Language_str: jap\n", 1},
         {"index past the table", 7, "$Language: 0\n$Language_str: int\n", 1},
         {"negative index", -3, "$Language: 0\n$Language_str: int\n", 1},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, language, stored, after] : cases) {
+        SCOPED_TRACE(name);
         XN_AddonSettings_Clear(kOwn);
         XN_AddonSettings_Set(kOwn, "Language", "0", true);
-        gXN_Language = c.language;
+        gXN_Language = language;
         XN_Language_Write();
-        EXPECT_EQ(c.stored, ReadPlain(OwnPath()));
-        EXPECT_EQ(c.after, gXN_Language);
+        EXPECT_EQ(stored, ReadPlain(OwnPath()));
+        EXPECT_EQ(after, gXN_Language);
     }
 }
 

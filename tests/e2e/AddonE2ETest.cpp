@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <sys/stat.h>
+#include <tuple>
 
 namespace {
 
@@ -31,20 +32,16 @@ TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
 
 // The language dialog: each closing stores what it should in the add-on's own settings file.
 TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
-    const struct {
-        const char* name;
-        std::vector<std::string> lines;
-        std::string stored;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::string> cases[] = {
         {"Cancel after a selection", {"menu 3", "select 3 1", "click 2"}, ""},
         {"OK on the language in force", {"menu 3", "click 1"}, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, lines, stored] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
-        EXPECT_EQ("", xn_test::RunLines(host, c.lines));
-        EXPECT_EQ(c.stored, Settings("get", "Language_str"));
+        EXPECT_EQ("", xn_test::RunLines(host, lines));
+        EXPECT_EQ(stored, Settings("get", "Language_str"));
     }
 }
 
@@ -78,12 +75,7 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         "              [--library DIR]... [--missing NAME]... [--launch] [--script FILE] [ADDON]\n"
         "       achost --list-menus [ADDON]\n"
         "       achost --help\n";
-    const struct {
-        const char* name;
-        std::string command;
-        int exitCode;
-        std::string output;
-    } cases[] = {
+    const std::tuple<const char*, std::string, int, std::string> cases[] = {
         {"wrong expectation", "ACHOST --script " + wrong + " " MORAVEL_LIBRARY, 1,
          wrong +
              ":3: expected menu 32501 item 1 \"About Something Else...\", saw \"About MoravelLibrary...\"\n"},
@@ -132,11 +124,11 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
         {"full disk", "ACHOST --list-menus " MORAVEL_LIBRARY " >/dev/full", 2,
          "achost: cannot write the output: No space left on device\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, command, exitCode, expected] : cases) {
+        SCOPED_TRACE(name);
         std::string output;
-        EXPECT_EQ(c.exitCode, Run(c.command, &output));
-        EXPECT_EQ(c.output, output);
+        EXPECT_EQ(exitCode, Run(command, &output));
+        EXPECT_EQ(expected, output);
     }
 }
 

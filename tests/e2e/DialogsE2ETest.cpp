@@ -5,6 +5,7 @@
 #include "HostTest.hpp"
 
 #include <filesystem>
+#include <tuple>
 
 namespace {
 
@@ -28,11 +29,7 @@ protected:
 };
 
 TEST_F(DialogsTest, AGuideMissingBesideTheAddonGivesTheAlertAndAboutStaysOpen) {
-    const struct {
-        const char* name;
-        std::vector<std::string> language;
-        std::string alert;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::string> cases[] = {
         {"International",
          {},
          "Error: the guide cannot be opened. Make sure its PDF file is in the add-on's folder."},
@@ -41,14 +38,14 @@ TEST_F(DialogsTest, AGuideMissingBesideTheAddonGivesTheAlertAndAboutStaysOpen) {
          "Errore: impossibile aprire la guida. Verifica che il file PDF si trovi nella cartella "
          "dell'add-on."},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, language, alert] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, AddonIn({kGuide1})));
-        std::vector<std::string> lines = c.language;
+        std::vector<std::string> lines = language;
         lines.insert(lines.end(),
                      {"menu 1", "click 6", "expect opened \"/addon/" + kGuide1 + "\"", "click 7",
-                      "expect alert \"" + c.alert + "\" \"\"", "ok", "expect dialog 32500", "click 1"});
+                      "expect alert \"" + alert + "\" \"\"", "ok", "expect dialog 32500", "click 1"});
         EXPECT_EQ("", xn_test::RunLines(host, lines));
         EXPECT_EQ(1u, host.Opened().size());
         fs::remove_all(temp.PathOf("addon"));
@@ -60,11 +57,7 @@ TEST_F(DialogsTest, AGuideMissingBesideTheAddonGivesTheAlertAndAboutStaysOpen) {
 // what the file held.
 TEST_F(DialogsTest, InformationIsSavedAsSixLinesInTheLanguageInForce) {
     // Japanese is not offered by the shipped add-on: the same dialog in an add-on that sets it.
-    const struct {
-        const char* name;
-        const char* language;
-        std::string addon, file, content;
-    } cases[] = {
+    const std::tuple<const char*, const char*, std::string, std::string, std::string> cases[] = {
         {"International", "int", MORAVEL_LIBRARY, "info.txt",
          "MoravelLibrary\nVersion: 19.0.4.2200\nDate: 03/08/2018\nSystem: Linux\nArchiCAD 19\n\n"},
         {"Italian, extension in mixed case", "ita", MORAVEL_LIBRARY, "info.TxT",
@@ -72,14 +65,14 @@ TEST_F(DialogsTest, InformationIsSavedAsSixLinesInTheLanguageInForce) {
         {"Japanese", "5", ANY_LANGUAGE_ADDON, "情報.TXT",
          "MoravelLibrary\nバージョン： 19.0.4.2200\n日付： 03/08/2018\nシステム： Linux\nArchiCAD 19\n\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Settings("set", std::string("Language_str ") + c.language);
-        setenv("XN_LANGUAGE", c.language, 1);
-        const std::string path = temp.PathOf(c.file);
+    for (const auto& [name, language, addon, file, content] : cases) {
+        SCOPED_TRACE(name);
+        Settings("set", std::string("Language_str ") + language);
+        setenv("XN_LANGUAGE", language, 1);
+        const std::string path = temp.PathOf(file);
         temp.Write(path, std::string(500, 'x'));
         achost::Host host(options);
-        ASSERT_TRUE(xn_test::Started(host, c.addon));
+        ASSERT_TRUE(xn_test::Started(host, addon));
         achost::FileRequest asked;
         EXPECT_EQ("", xn_test::RunLines(host,
                                         {"menu 6", "click 16", "answer save \"" + path + "\"", "click 16",
@@ -88,7 +81,7 @@ TEST_F(DialogsTest, InformationIsSavedAsSixLinesInTheLanguageInForce) {
                                             if (h.OpenFileDialog() != nullptr)
                                                 asked = *h.OpenFileDialog();
                                         }));
-        EXPECT_EQ(c.content, temp.Read(path));
+        EXPECT_EQ(content, temp.Read(path));
         EXPECT_EQ(std::vector<std::string>{"Text Files (*.txt) [TXT]"}, asked.filters);
         fs::remove(path);
         unsetenv("XN_LANGUAGE");

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <tuple>
 
 namespace {
 
@@ -82,12 +83,7 @@ protected:
 // changes on purpose they are drawn again with the first and third rows' arguments.
 TEST_F(PicturesTest, DialogsLookLikeTheirReferencesWithinTheBudget) {
     const std::string out = temp.PathOf("out.png");
-    const struct {
-        const char* name;
-        std::string arguments;
-        const char* reference;
-        bool alike;
-    } cases[] = {
+    const std::tuple<const char*, std::string, const char*, bool> cases[] = {
         // Items at their frames on a resized dialog, a hidden item, a disabled one, a check mark, a
         // list with two tab fields, an icon and a selected row.
         {"found by the walker", "render 32600 -o " + out + " " FIXTURE_DIALOGS, "fixture-32600.png", true},
@@ -101,14 +97,14 @@ TEST_F(PicturesTest, DialogsLookLikeTheirReferencesWithinTheBudget) {
          "render 32600 --script " + Script("b.acs", "menu 1\nclick 5\n") + " -o " + out + " " FIXTURE_DIALOGS,
          "fixture-32600.png", false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, arguments, referenceFile, alike] : cases) {
+        SCOPED_TRACE(name);
         std::string output;
-        ASSERT_EQ(0, Achost(c.arguments, &output)) << output;
-        const Picture drawn = Read(out), reference = Read(E2E_DIR "/pictures/" + std::string(c.reference));
+        ASSERT_EQ(0, Achost(arguments, &output)) << output;
+        const Picture drawn = Read(out), reference = Read(E2E_DIR "/pictures/" + std::string(referenceFile));
         ASSERT_EQ(reference.width, drawn.width);
         ASSERT_EQ(reference.height, drawn.height);
-        if (c.alike)
+        if (alike)
             EXPECT_LE(Difference(drawn, reference), kBudget);
         else
             EXPECT_GT(Difference(drawn, reference), kBudget);
@@ -118,12 +114,8 @@ TEST_F(PicturesTest, DialogsLookLikeTheirReferencesWithinTheBudget) {
 
 TEST_F(PicturesTest, EachProblemIsNamedWithItsExitCode) {
     const std::string out = temp.PathOf("out.png"), empty = Script("empty.acs", "");
-    const struct {
-        const char* name;
-        std::string arguments;
-        int exitCode;
-        std::string message; // the start of a line
-    } cases[] = {
+    // message: the start of a line of the output
+    const std::tuple<const char*, std::string, int, std::string> cases[] = {
         {"no such dialog", "31000 -o " + out, 2,
          "achost render: the add-on has no dialog 31000 (its 'GDLG' resources: 32600, 32601, 32602)"},
         {"never opened", "32602 -o " + out, 2,
@@ -145,11 +137,11 @@ TEST_F(PicturesTest, EachProblemIsNamedWithItsExitCode) {
          "32601 --check-fit --script " + Script("p.acs", "menu 3\n") + " -o " + out, 1,
          "achost render: dialog 32601, its title: \"Fixture palette\" needs "},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, arguments, exitCode, message] : cases) {
+        SCOPED_TRACE(name);
         std::string output;
-        EXPECT_EQ(c.exitCode, Achost("render " + c.arguments + " " FIXTURE_DIALOGS, &output));
-        EXPECT_NE(std::string::npos, ("\n" + output).find("\n" + c.message)) << output;
+        EXPECT_EQ(exitCode, Achost("render " + arguments + " " FIXTURE_DIALOGS, &output));
+        EXPECT_NE(std::string::npos, ("\n" + output).find("\n" + message)) << output;
         std::remove(out.c_str());
     }
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <tuple>
 
 namespace {
 
@@ -81,13 +82,7 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
 // vendor's site. Each closes the dialog.
 TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
     const std::string page = "http://update.moravel.example/update_plugins/updates.htm?acver=19";
-    const struct {
-        const char* name;
-        std::string language;
-        int item;
-        std::string opened;
-        std::vector<std::string> texts;
-    } cases[] = {
+    const std::tuple<const char*, std::string, int, std::string, std::vector<std::string>> cases[] = {
         {"item 5 in Italian",
          "ita",
          5,
@@ -99,17 +94,17 @@ TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
         {"item 1", "int", 1, "http://www.moravel.example", {}},
     };
     Serve({200, kNewerLine});
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Settings("set", "Language_str " + c.language);
+    for (const auto& [name, language, item, opened, texts] : cases) {
+        SCOPED_TRACE(name);
+        Settings("set", "Language_str " + language);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
         std::vector<std::string> lines = {"menu " + std::to_string(host.RegisteredMenu()->resID) + " 4",
                                           "wait download"};
-        lines.insert(lines.end(), c.texts.begin(), c.texts.end());
-        lines.insert(lines.end(), {"click " + std::to_string(c.item), "expect dialog 32755 closed"});
+        lines.insert(lines.end(), texts.begin(), texts.end());
+        lines.insert(lines.end(), {"click " + std::to_string(item), "expect dialog 32755 closed"});
         EXPECT_EQ("", xn_test::RunLines(host, lines));
-        EXPECT_EQ(std::vector<std::string>{c.opened}, host.Opened());
+        EXPECT_EQ(std::vector<std::string>{opened}, host.Opened());
     }
 }
 

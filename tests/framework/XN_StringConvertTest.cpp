@@ -122,23 +122,20 @@ public:
 };
 
 TEST(XN_StringConvert, SystemDefaultIsAnEightBitEncodingInWhichEveryByteReads) {
-    const struct {
-        const char* codeset;
-        const char* encoding;
-        const char* currency; // byte A4 read in it
-    } cases[] = {
+    // codeset, default encoding, byte A4 read in it
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"UTF-8", "windows-1252", "¤"},
         {"ANSI_X3.4-1968", "windows-1252", "¤"}, // the C and POSIX locales
         {"ISO-8859-15", "ISO-8859-15", "€"},
         {"no-such-codeset", "windows-1252", "¤"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.codeset);
-        ScopedCodeset scoped(c.codeset);
-        EXPECT_STREQ(XN_String::GetSystemDefaultEncodingName(), c.encoding);
+    for (const auto& [codeset, encoding, currency] : cases) {
+        SCOPED_TRACE(codeset);
+        ScopedCodeset scoped(codeset);
+        EXPECT_STREQ(XN_String::GetSystemDefaultEncodingName(), encoding);
         const XN_String cafe("caf\xE9");
         EXPECT_EQ(Show(cafe), "café");
-        EXPECT_EQ(Show(XN_String("\xA4")), c.currency);
+        EXPECT_EQ(Show(XN_String("\xA4")), currency);
         EXPECT_EQ(cafe.CharAt(3), '\xE9');
         EXPECT_EQ(cafe.IndexOf('\xE9', 0), 3u);
         EXPECT_EQ(Show(cafe.Replace('\xE9', 'e')), "cafe");

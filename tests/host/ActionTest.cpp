@@ -2,18 +2,14 @@
 #include "achost/Action.hpp"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace {
 
 using achost::Verb;
 
 TEST(ActionTest, ReadsNumbersStringsAndChoices) {
-    const struct {
-        const char* line;
-        Verb verb;
-        std::vector<Int64> numbers;
-        std::vector<std::string> texts;
-    } cases[] = {
+    const std::tuple<const char*, Verb, std::vector<Int64>, std::vector<std::string>> cases[] = {
         {"  menu 32501 5   # comment", Verb::MenuOf, {32501, 5}, {}},
         {"expect menu 32501 1 \"About \\\"it\\\" \\\\ # not a comment\"",
          Verb::ExpectMenuText,
@@ -30,14 +26,14 @@ TEST(ActionTest, ReadsNumbersStringsAndChoices) {
         {"expect libraries", Verb::ExpectLibraries, {}, {}},
         {"expect libraries \"/a\" \"b c\" \"\"", Verb::ExpectLibraries, {}, {"/a", "b c", ""}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (const auto& [line, verb, numbers, texts] : cases) {
+        SCOPED_TRACE(line);
         achost::Action action;
         std::string error;
-        ASSERT_EQ(achost::ParseResult::Parsed, achost::ParseAction(c.line, &action, &error)) << error;
-        EXPECT_EQ(c.verb, action.verb);
-        EXPECT_EQ(c.numbers, action.numbers);
-        EXPECT_EQ(c.texts, action.texts);
+        ASSERT_EQ(achost::ParseResult::Parsed, achost::ParseAction(line, &action, &error)) << error;
+        EXPECT_EQ(verb, action.verb);
+        EXPECT_EQ(numbers, action.numbers);
+        EXPECT_EQ(texts, action.texts);
     }
     // What help shows as an example must be a line the reader takes, as the verb it explains.
     for (const auto& example : achost::ActionExamples()) {
@@ -50,12 +46,7 @@ TEST(ActionTest, ReadsNumbersStringsAndChoices) {
 }
 
 TEST(ActionTest, ExplainsWhatItCannotRead) {
-    const struct {
-        const char* name;
-        std::string line;
-        achost::ParseResult result;
-        std::string error;
-    } cases[] = {
+    const std::tuple<const char*, std::string, achost::ParseResult, std::string> cases[] = {
         {"comment", "   # only a comment", achost::ParseResult::Empty, ""},
         {"unknown verb", "fly 3", achost::ParseResult::Malformed,
          "unknown verb 'fly' (help lists the actions)"},
@@ -84,12 +75,12 @@ TEST(ActionTest, ExplainsWhatItCannotRead) {
         {"NUL byte", std::string("menu 3\0", 7), achost::ParseResult::Malformed,
          "control byte \\x00 at column 7 (a script is text)"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, line, result, expected] : cases) {
+        SCOPED_TRACE(name);
         achost::Action action;
         std::string error;
-        EXPECT_EQ(c.result, achost::ParseAction(c.line, &action, &error));
-        EXPECT_EQ(c.error, error);
+        EXPECT_EQ(result, achost::ParseAction(line, &action, &error));
+        EXPECT_EQ(expected, error);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <set>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -66,10 +67,7 @@ TEST_F(DialogTest, TheRunLoopTurnsInsideAModalDialog) {
 // A failed expectation or an impossible action ends the session; the open dialog is closed with its
 // close box so the add-on's command returns.
 TEST_F(DialogTest, FailuresNameWhatWasShownAndEndTheSession) {
-    const struct {
-        const char* line;
-        std::string failure;
-    } cases[] = {
+    const std::tuple<const char*, std::string> cases[] = {
         {"expect dialog 32700", "expected dialog 32700, saw dialog 32600 \"Fixture title\""},
         {"expect title \"Other\"", "expected title \"Other\", saw \"Fixture title\""},
         {"expect item 3 \"Bye\"", "expected item 3 of dialog 32600 \"Bye\", saw \"Hello\""},
@@ -86,10 +84,10 @@ TEST_F(DialogTest, FailuresNameWhatWasShownAndEndTheSession) {
         {"menu 2", "'menu 2' is not possible while dialog 32600 is open"},
         {"ok", "'ok' needs an open alert, and none is open"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (const auto& [line, failure] : cases) {
+        SCOPED_TRACE(line);
         Start();
-        EXPECT_EQ("driver:2: " + c.failure, Run({"menu 1", c.line, "click 1"}));
+        EXPECT_EQ("driver:2: " + failure, Run({"menu 1", line, "click 1"}));
         EXPECT_TRUE(host->Dialogs().empty());
         EXPECT_EQ("init;close 2", host->FindMenu(32500)->items[9].text);
     }
@@ -120,11 +118,7 @@ TEST_F(DialogTest, WrongCallsAreReportedWithTheCallsName) {
 // The palette registers as a modeless window once (a second registration is refused) until it
 // closes; one that closes still registered is reported.
 TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
-    const struct {
-        const char* name;
-        std::vector<std::string> lines;
-        std::vector<std::string> reported;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::vector<std::string>> cases[] = {
         {"its own button closes it",
          {"menu 7", "click 1",
           "expect menu 32500 10 \"palette init 0 81060065;palette click 1;palette close 0\""},
@@ -137,17 +131,17 @@ TEST_F(DialogTest, ModelessPaletteLivesBesideTheMenusUntilClosed) {
          {"click 2", "click 1"},
          {"ACAPI_UnregisterModelessWindow: dialog 1 closed while still registered as a modeless window"}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, actions, expectedReported] : cases) {
+        SCOPED_TRACE(name);
         std::vector<std::string> reported;
         Start(&reported);
         std::vector<std::string> lines = {"menu 3", "expect menu 32500 3 \"open 1 visible 1\"",
                                           "expect dialog 32601"};
-        lines.insert(lines.end(), c.lines.begin(), c.lines.end());
+        lines.insert(lines.end(), actions.begin(), actions.end());
         EXPECT_EQ("", Run(lines));
         host->Quit();
         EXPECT_TRUE(host->Dialogs().empty());
-        EXPECT_EQ(c.reported, reported);
+        EXPECT_EQ(expectedReported, reported);
     }
     // A palette outlives the command only in an add-on that stays loaded; otherwise the host closes it before
     // the unload and says why.

@@ -1,6 +1,8 @@
 // The host's loading protocol and menus, against the fixture add-ons (real modules, really loaded).
 #include "HostTest.hpp"
 
+#include <tuple>
+
 namespace {
 
 class HostTest : public ::testing::Test {
@@ -27,11 +29,7 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
     std::string output;
     ASSERT_EQ(0, xn_test::RunProgram(
                      "objcopy --remove-section .achost.resources " FIXTURE_GOOD " " + stripped, &output));
-    const struct {
-        const char* name;
-        std::string path;
-        std::string error;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"missing entry point", FIXTURE_NO_FREEDATA,
          FIXTURE_NO_FREEDATA " is not an add-on: it does not export FreeData"},
         {"declines to register", FIXTURE_DECLINES,
@@ -44,12 +42,12 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
              " failed with error 0x81060065: the add-on carries no resources (its library has no "
              ".achost.resources section), so none of its menus and texts exist"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, path, expected] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(xn_test::StrictOptions());
         std::string error;
-        EXPECT_FALSE(host.Start(c.path, &error));
-        EXPECT_EQ(c.error, error);
+        EXPECT_FALSE(host.Start(path, &error));
+        EXPECT_EQ(expected, error);
         EXPECT_FALSE(host.IsStarted());
         EXPECT_FALSE(host.IsLoaded());
         EXPECT_EQ(nullptr, host.RegisteredMenu());
@@ -104,12 +102,7 @@ TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
 TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
     achost::Host host(xn_test::StrictOptions());
     ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
-    const struct {
-        Int32 item;
-        const char* countText;
-        bool loadedAfter;
-        int loads;
-    } steps[] = {
+    const std::tuple<Int32, const char*, bool, int> steps[] = {
         {1, "Commands since load: 1", false, 1}, {1, "Commands since load: 1", false, 2},
         {2, "Commands since load: 1", true, 3},  {1, "Commands since load: 1", true, 3},
         {1, "Commands since load: 2", true, 3},  {4, "Commands since load: 2", false, 3},
@@ -117,12 +110,12 @@ TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
     };
     int step = 0;
     std::string error;
-    for (const auto& s : steps) {
+    for (const auto& [item, countText, loadedAfter, loads] : steps) {
         SCOPED_TRACE("step " + std::to_string(++step));
-        ASSERT_TRUE(host.ChooseMenuItem(s.item, &error)) << error;
-        EXPECT_EQ(s.countText, ItemText(host, 32500, 1));
-        EXPECT_EQ(s.loadedAfter, host.IsLoaded());
-        EXPECT_EQ(s.loads, host.LoadCount());
+        ASSERT_TRUE(host.ChooseMenuItem(item, &error)) << error;
+        EXPECT_EQ(countText, ItemText(host, 32500, 1));
+        EXPECT_EQ(loadedAfter, host.IsLoaded());
+        EXPECT_EQ(loads, host.LoadCount());
     }
 }
 

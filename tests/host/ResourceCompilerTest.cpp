@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <set>
+#include <tuple>
 
 namespace {
 
@@ -15,10 +16,7 @@ bool Compile(const std::string& text, achost::ResourceSet* set, std::string* err
 }
 
 TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
-    const struct {
-        std::string text;
-        std::string error;
-    } cases[] = {
+    const std::tuple<std::string, std::string> cases[] = {
         {"'STR#' 1 \"d\" {\n \"abc\n}", "t.grc:2: unterminated string"},
         {"/* never closed\n\n", "t.grc:1: unterminated comment"},
         {"'ABCD' 1 \"d\" { }", "t.grc:1: unknown resource type 'ABCD'"},
@@ -55,12 +53,12 @@ TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
         {"#if 0\n", "t.grc:1: unsupported preprocessor line '#if'"},
         {"'STR#' 1 \"d\" { \"a\" } }", "t.grc:1: expected a resource type like 'STR#', found '}'"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
         achost::ResourceSet set;
         std::string error;
-        EXPECT_FALSE(Compile(c.text, &set, &error));
-        EXPECT_EQ(c.error, error);
+        EXPECT_FALSE(Compile(text, &set, &error));
+        EXPECT_EQ(expected, error);
     }
     achost::ResourceSet set;
     std::string error;
@@ -116,11 +114,7 @@ TEST(ResourceCompilerTest, ImageWithABrokenResourceIsRefusedWithTheReason) {
     achost::ResourceSet set;
     std::string error;
     ASSERT_TRUE(Compile(kGood, &set, &error)) << error;
-    const struct {
-        const char* name;
-        std::function<void(achost::Resource&)> breakIt;
-        std::string problem;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(achost::Resource&)>, std::string> rows[] = {
         {"GDLG", [](achost::Resource& r) { r.body.insert(r.body.begin(), std::vector<achost::ResToken>()); },
          "'GDLG' 32734: an empty dialog item line"},
         {"STR#", [](achost::Resource& r) { r.body[0][0].text.assign(1200, 'x'); },
@@ -128,18 +122,18 @@ TEST(ResourceCompilerTest, ImageWithABrokenResourceIsRefusedWithTheReason) {
         {"GICN", [](achost::Resource& r) { r.data = "GIF89a"; },
          "'GICN' 32600 (line 6): the icon's image is not a PNG file"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, breakIt, expected] : rows) {
+        SCOPED_TRACE(name);
         achost::ResourceSet broken, back;
         for (const auto& [key, resource] : set.All()) {
             achost::Resource copy = resource;
-            if (achost::ResTypeName(copy.type) == row.name)
-                row.breakIt(copy);
+            if (achost::ResTypeName(copy.type) == name)
+                breakIt(copy);
             broken.Add(std::move(copy));
         }
         std::string problem;
         EXPECT_FALSE(achost::ResourceSet::FromImage(broken.ToImage(), &back, &problem));
-        EXPECT_EQ(row.problem, problem);
+        EXPECT_EQ(expected, problem);
     }
 }
 
@@ -158,19 +152,17 @@ TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLine) {
     const std::string bad = temp.PathOf("bad.grc"), good = temp.PathOf("good.grc");
     xn_test::TempFolder::Write(bad, "'STR#' 1 \"d\" {\n  \"ok\"\n  \"broken\n}\n");
     xn_test::TempFolder::Write(good, "'STR#' 1 \"d\" { \"ok\" }\n");
-    const struct {
-        std::string grc, image, message;
-    } rows[] = {
+    const std::tuple<std::string, std::string, std::string> rows[] = {
         {bad, "", bad + ":3: unterminated string\n"},
         {temp.Path(), "", temp.Path() + ":0: is a folder, not a resource file\n"},
         {good, temp.PathOf("none/r.bin"),
          "achost-grc: " + temp.PathOf("none/r.bin") + ": cannot create it: No such file or directory\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.grc);
+    for (const auto& [grc, image, message] : rows) {
+        SCOPED_TRACE(grc);
         std::string output;
-        EXPECT_EQ(1, Run(row.grc, &output, row.image));
-        EXPECT_EQ(row.message, output);
+        EXPECT_EQ(1, Run(grc, &output, image));
+        EXPECT_EQ(message, output);
         EXPECT_EQ((std::set<std::string>{"bad.grc", "good.grc"}), xn_test::TempFolder::Names(temp.Path()));
     }
 }

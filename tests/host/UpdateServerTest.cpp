@@ -3,6 +3,8 @@
 
 #include "HostTest.hpp"
 
+#include <tuple>
+
 namespace {
 
 class UpdateServerTest : public xn_test::TempFolderTest {
@@ -29,10 +31,7 @@ protected:
 TEST_F(UpdateServerTest, ServesTheFolderUnderUpdatePluginsAlsoToProxyRequests) {
     const std::string ok = "MoravelLibrary 19.0.5.2400 (AC190) 15/01/2019\n 200";
     const std::string proxy = "-x " + server.Address();
-    const struct {
-        const char* name;
-        std::string options, url, answer;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string, std::string> cases[] = {
         {"origin form", "", server.Address() + "/update_plugins/versions16.txt", ok},
         {"proxy form, any host", proxy, "http://update.moravel.example/update_plugins/versions16.txt", ok},
         {"a query is ignored", "", server.Address() + "/update_plugins/versions16.txt?acver=19", ok},
@@ -44,11 +43,11 @@ TEST_F(UpdateServerTest, ServesTheFolderUnderUpdatePluginsAlsoToProxyRequests) {
         {"climbing out", "--path-as-is", server.Address() + "/update_plugins/../versions16.txt", "404"},
         {"another method", "-X POST", server.Address() + "/update_plugins/versions16.txt", " 405"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::string answer = Fetch(c.options, c.url);
-        EXPECT_EQ(c.answer,
-                  answer.size() > 4 && c.answer.size() == 3 ? answer.substr(answer.size() - 3) : answer);
+    for (const auto& [name, options, url, expected] : cases) {
+        SCOPED_TRACE(name);
+        const std::string answer = Fetch(options, url);
+        EXPECT_EQ(expected,
+                  answer.size() > 4 && expected.size() == 3 ? answer.substr(answer.size() - 3) : answer);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 namespace {
 
@@ -52,10 +53,7 @@ protected:
 
 TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
     const std::string name255(255, 'n');
-    const struct {
-        const char* name;
-        std::string project, shown;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"untitled project", "", "true true "},
         {"saved project", "/projects/Studio Rossi.pln", "true false Studio Rossi.pln"},
         {"255 characters kept", "/p/" + name255, "true false " + name255},
@@ -63,23 +61,17 @@ TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
     };
     achost::Host host(options);
     ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        host.SetProject(c.project);
-        EXPECT_EQ(c.shown, Probe(host, kTitle, ""));
+    for (const auto& [name, project, shown] : cases) {
+        SCOPED_TRACE(name);
+        host.SetProject(project);
+        EXPECT_EQ(shown, Probe(host, kTitle, ""));
     }
 }
 
 // One run: each step sees the engine the steps before it left current.
 TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeeded) {
     options.engines = {"Photo Engine Pro", "Sketch Engine", "Photo Engine"};
-    const struct {
-        const char* name;
-        int item;
-        const char* argument;
-        std::string answer;
-        int current, changes;
-    } steps[] = {
+    const std::tuple<const char*, int, const char*, std::string, int, int> steps[] = {
         {"check another engine", kCheckEngine, "sketch", "0", 1, 0},
         {"check with an empty name", kCheckEngine, "", "1", 1, 0},
         {"set the current engine: no change", kSetEngine, "ENGINE", "true", 1, 0},
@@ -90,11 +82,11 @@ TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeede
     };
     achost::Host host(options);
     ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-    for (const auto& s : steps) {
-        SCOPED_TRACE(s.name);
-        EXPECT_EQ(s.answer, Probe(host, s.item, s.argument));
-        EXPECT_EQ(s.current, host.CurrentEngine());
-        EXPECT_EQ(s.changes, host.EngineChanges());
+    for (const auto& [name, item, argument, answer, current, changes] : steps) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(answer, Probe(host, item, argument));
+        EXPECT_EQ(current, host.CurrentEngine());
+        EXPECT_EQ(changes, host.EngineChanges());
     }
 }
 
@@ -102,11 +94,7 @@ TEST_F(GeneralTest, OnlyExistingTargetsOfTheRightKindAreOpened) {
     temp.Write(temp.PathOf("doc.pdf"), "%PDF");
     std::filesystem::create_directories(temp.PathOf("Folder"));
     const std::string url300 = "http://www.norvane.example/" + std::string(273, 'u');
-    const struct {
-        const char* name;
-        int item;
-        std::string argument, answer, opened;
-    } cases[] = {
+    const std::tuple<const char*, int, std::string, std::string, std::string> cases[] = {
         {"a file is not a folder", kOpenFolder, temp.PathOf("doc.pdf"), "false", ""},
         {"a folder", kOpenFolder, temp.PathOf("Folder"), "true", temp.PathOf("Folder")},
         {"a missing document", kLaunchDocByLoc, temp.PathOf("missing.pdf"), "false", ""},
@@ -114,12 +102,12 @@ TEST_F(GeneralTest, OnlyExistingTargetsOfTheRightKindAreOpened) {
         {"a document", kLaunchDocByLoc, temp.PathOf("doc.pdf"), "true", temp.PathOf("doc.pdf")},
         {"an address of 300 characters goes as 255", kLaunchURL, url300, "true", url300.substr(0, 255)},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, item, argument, answer, opened] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-        EXPECT_EQ(c.answer, Probe(host, c.item, c.argument));
-        EXPECT_EQ(c.opened.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.opened},
+        EXPECT_EQ(answer, Probe(host, item, argument));
+        EXPECT_EQ(opened.empty() ? std::vector<std::string>{} : std::vector<std::string>{opened},
                   host.Opened());
     }
 }
@@ -129,68 +117,55 @@ TEST_F(GeneralTest, OnlyExistingTargetsOfTheRightKindAreOpened) {
 TEST_F(GeneralTest, LaunchingPassesTheTargetAsOneArgumentToXdgOpen) {
     const std::string odd = temp.PathOf("it's a \"quoted\" file; $HOME.pdf");
     temp.Write(odd, "%PDF");
-    const struct {
-        const char* name;
-        int item;
-        std::string argument;
-        int exitCode;
-        std::string answer;
-    } cases[] = {
+    const std::tuple<const char*, int, std::string, int, std::string> cases[] = {
         {"a document with quotes and spaces", kLaunchDocByPath, odd, 0, "true"},
         {"a document the desktop fails to open", kLaunchDocByPath, odd, 4, "true"},
         {"an address", kLaunchURL, "http://www.norvane.example/a b", 0, "true"},
         {"an address the desktop fails to open", kLaunchURL, "http://www.norvane.example/", 4, "false"},
     };
     options.launch = true;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        RecordingXdgOpen(c.exitCode);
+    for (const auto& [name, item, argument, exitCode, answer] : cases) {
+        SCOPED_TRACE(name);
+        RecordingXdgOpen(exitCode);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-        EXPECT_EQ(c.answer, Probe(host, c.item, c.argument));
-        EXPECT_EQ(c.argument + "\n", temp.Read(temp.PathOf("xdg-open.log")));
+        EXPECT_EQ(answer, Probe(host, item, argument));
+        EXPECT_EQ(argument + "\n", temp.Read(temp.PathOf("xdg-open.log")));
         std::filesystem::remove(temp.PathOf("xdg-open.log"));
     }
 }
 
 // The default path gives the dialog its folder and file name only when it names a file.
 TEST_F(GeneralTest, SaveFileOffersTheDefaultPathAndAnswersTheChosenFile) {
-    const struct {
-        const char* name;
-        std::string defaultPath, folder, fileName, answer, result;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string, std::string, std::string, std::string> cases[] = {
         {"folder and name", "/srv/out/report.txt", "/srv/out", "report.txt", "\"/x/y.txt\"", "/x/y.txt"},
         {"a relative answer is taken from the folder", "/srv/out/report.txt", "/srv/out", "report.txt",
          "\"sub/z.txt\"", "/srv/out/sub/z.txt"},
         {"a bare name", "report.txt", "", "report.txt", "\"/x/y.txt\"", "/x/y.txt"},
         {"a folder without a name: neither", "/srv/out/", "", "", "cancel", "cancelled"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, defaultPath, folder, fileName, answer, result] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-        setenv("XN_PROBE_ARGUMENT", c.defaultPath.c_str(), 1);
+        setenv("XN_PROBE_ARGUMENT", defaultPath.c_str(), 1);
         achost::FileRequest seen;
         EXPECT_EQ("",
-                  xn_test::RunLines(host, {"menu 8", "answer save " + c.answer}, [&](const achost::Host& h) {
+                  xn_test::RunLines(host, {"menu 8", "answer save " + answer}, [&](const achost::Host& h) {
                       if (h.OpenFileDialog() != nullptr)
                           seen = *h.OpenFileDialog();
                   }));
         EXPECT_EQ("Save it", seen.title);
-        EXPECT_EQ(c.folder, seen.folder);
-        EXPECT_EQ(c.fileName, seen.fileName);
+        EXPECT_EQ(folder, seen.folder);
+        EXPECT_EQ(fileName, seen.fileName);
         EXPECT_EQ(std::vector<std::string>{"Text Files (*.txt) [TXT]"}, seen.filters);
-        EXPECT_EQ(c.result, host.FindMenu(32500)->items[7].text);
+        EXPECT_EQ(result, host.FindMenu(32500)->items[7].text);
     }
 }
 
 // A script sets the project and reads the engine; a save answer needs a save dialog.
 TEST_F(GeneralTest, SessionLinesSetTheProjectAndExpectTheEngine) {
-    const struct {
-        const char* name;
-        std::vector<std::string> lines;
-        std::string failure, title;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::string, std::string> cases[] = {
         {"a project, then untitled",
          {"project \"/p/Casa Bianca.pln\"", "menu 1", "project untitled"},
          "",
@@ -204,12 +179,12 @@ TEST_F(GeneralTest, SessionLinesSetTheProjectAndExpectTheEngine) {
          "driver:1: 'answer save cancel' needs an open save dialog, and none is open",
          "ArchiCADProjectTitle"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, lines, failure, title] : cases) {
+        SCOPED_TRACE(name);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
-        EXPECT_EQ(c.failure, xn_test::RunLines(host, c.lines));
-        EXPECT_EQ(c.title, host.FindMenu(32500)->items[0].text);
+        EXPECT_EQ(failure, xn_test::RunLines(host, lines));
+        EXPECT_EQ(title, host.FindMenu(32500)->items[0].text);
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <sstream>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -110,14 +111,8 @@ protected:
 };
 
 TEST_F(LibraryTest, SuiteLibraryIsAddedUnlessAFolderOfItsNameIsActive) {
-    const struct {
-        const char *name, *active;
-        Suite suite;
-        int item, fault; // fault: 0 none, 1 'ALIB' refused, 2 'GLIB' fails
-        const char* shown;
-        int additions;
-        const char* after;
-    } cases[] = {
+    // fault: 0 none, 1 'ALIB' refused, 2 'GLIB' fails
+    const std::tuple<const char*, const char*, Suite, int, int, const char*, int, const char*> cases[] = {
         {"active under another parent, other case", "Other/mvl_LIBRARY", kOnDisk, kLoad, 0, "true", 0,
          "Other/mvl_LIBRARY"},
         {"not active: added last", "Parts", kOnDisk, kLoad, 0, "true", 1, "Parts,Addon/MVL_Library"},
@@ -127,16 +122,15 @@ TEST_F(LibraryTest, SuiteLibraryIsAddedUnlessAFolderOfItsNameIsActive) {
         {"the host refuses", "", kOnDisk, kLoad, 1, "false", 1, ""},
         {"no list from the host: taken as empty", "", kActive, kLoad, 2, "true", 1, "Addon/MVL_Library"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, active, suite, item, fault, shown, additions, after] : cases) {
+        SCOPED_TRACE(name);
         achost::ScopedFaults faults;
-        auto host = Start(c.active, c.suite);
-        if (c.fault != 0)
-            achost::FailHostCall(c.fault == 1 ? HostCall::AddLibrary : HostCall::GetLibraries,
-                                 APIERR_NOTMINE);
-        EXPECT_EQ(c.shown, Run(*host, c.item, ""));
-        EXPECT_EQ(c.additions, host->LibraryAdditions());
-        EXPECT_EQ(c.after, Active(*host));
+        auto host = Start(active, suite);
+        if (fault != 0)
+            achost::FailHostCall(fault == 1 ? HostCall::AddLibrary : HostCall::GetLibraries, APIERR_NOTMINE);
+        EXPECT_EQ(shown, Run(*host, item, ""));
+        EXPECT_EQ(additions, host->LibraryAdditions());
+        EXPECT_EQ(after, Active(*host));
     }
 }
 
@@ -153,13 +147,7 @@ TEST_F(LibraryTest, LibrariesListTheEmbeddedLibraryFirst) {
 }
 
 TEST_F(LibraryTest, PartsAreFoundByNameFileAndIndexMissingDefinitionsNever) {
-    const struct {
-        const char* name;
-        int item;
-        const char* argument;
-        int type;
-        std::string shown;
-    } cases[] = {
+    const std::tuple<const char*, int, const char*, int, std::string> cases[] = {
         {"X.gsm searches X", kByName, "Door.gsm", APILib_DoorID, "true 2 Door"},
         {"X searches X, in any case and type", kByName, "door", API_ZombieLibID, "true 2 Door"},
         {"X.Y.gsm searches X.Y", kByName, "A.B.gsm", APILib_ObjectID, "true 3 A.B"},
@@ -179,47 +167,42 @@ TEST_F(LibraryTest, PartsAreFoundByNameFileAndIndexMissingDefinitionsNever) {
         {"Location by file", kLocationByFile, "/p/A.B.gsm", 0, "true " + temp.PathOf("Parts/Sub/A.B.gsm")},
     };
     auto host = Start("Parts");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(c.shown, Run(*host, c.item, c.argument, c.type));
+    for (const auto& [name, item, argument, type, shown] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(shown, Run(*host, item, argument, type));
     }
 }
 
 // Stool, in the suite library, and Bench, in a folder picked, get index 6 once found.
 TEST_F(LibraryTest, FullLookupLoadsTheSuiteLibraryThenAsksTheUser) {
     const std::string ask = "ask MoravelLibrary: Find / ";
-    const struct {
-        const char* name;
-        int item;
-        const char* argument;
-        Suite suite;
-        const char *picked, *message; // message null: no alert
-        std::string shown;
-        int additions;
-    } cases[] = {
-        {"found after loading the suite library", kIndexFullLib, "Stool", kOnDisk, "", "", "6", 1},
-        {"found in the folder picked", kIndexFullLib, "Bench", kAbsent, "Extra", "", ask + "6", 1},
-        {"cancelled", kIndexFullLib, "Bench", kAbsent, "", "", ask + "-1", 0},
-        {"a file picked: refused", kIndexFullLib, "Bench", kAbsent, "Parts/c.gsm", "", ask + "-1", 1},
-        {"a missing definition stays -1", kIndexFullLib, "Ghost", kOnDisk, "Extra", "", ask + "-1", 2},
-        {"checked: the active suite library stays", kIndexFullLib, "None", kActive, "", "", ask + "-1", 0},
-        {"unchecked: handed over again", kIndexFullLibNoCheck, "None", kActive, "", "", ask + "-1", 1},
-        {"the alert with string 85", kGetIndex, "None", kAbsent, "", "", ask + "alert Not found / false -1",
-         0},
-        {"the alert with the message", kGetIndexNoCheck, "None", kAbsent, "", "Call us",
-         ask + "alert Call us / false -1", 0},
-        {"no alert", kGetIndex, "None", kAbsent, "", nullptr, ask + "false -1", 0},
-        {"found: no alert", kGetIndex, "Door", kAbsent, "", "", "true 2", 0},
-        {"Ask: the add-on's name, then the prompt", kAsk, "Pick", kAbsent, "Extra", "",
-         "ask MoravelLibrary: Pick / true", 1},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        setenv("XN_PROBE_MESSAGE", c.message != nullptr ? c.message : "", 1);
-        c.message == nullptr ? setenv("XN_PROBE_QUIET", "1", 1) : unsetenv("XN_PROBE_QUIET");
-        auto host = Start("Parts", c.suite);
-        EXPECT_EQ(c.shown, Run(*host, c.item, c.argument, 0, c.picked));
-        EXPECT_EQ(c.additions, host->LibraryAdditions());
+    // message: null, no alert
+    const std::tuple<const char*, int, const char*, Suite, const char*, const char*, std::string, int>
+        cases[] = {
+            {"found after loading the suite library", kIndexFullLib, "Stool", kOnDisk, "", "", "6", 1},
+            {"found in the folder picked", kIndexFullLib, "Bench", kAbsent, "Extra", "", ask + "6", 1},
+            {"cancelled", kIndexFullLib, "Bench", kAbsent, "", "", ask + "-1", 0},
+            {"a file picked: refused", kIndexFullLib, "Bench", kAbsent, "Parts/c.gsm", "", ask + "-1", 1},
+            {"a missing definition stays -1", kIndexFullLib, "Ghost", kOnDisk, "Extra", "", ask + "-1", 2},
+            {"checked: the active suite library stays", kIndexFullLib, "None", kActive, "", "", ask + "-1",
+             0},
+            {"unchecked: handed over again", kIndexFullLibNoCheck, "None", kActive, "", "", ask + "-1", 1},
+            {"the alert with string 85", kGetIndex, "None", kAbsent, "", "",
+             ask + "alert Not found / false -1", 0},
+            {"the alert with the message", kGetIndexNoCheck, "None", kAbsent, "", "Call us",
+             ask + "alert Call us / false -1", 0},
+            {"no alert", kGetIndex, "None", kAbsent, "", nullptr, ask + "false -1", 0},
+            {"found: no alert", kGetIndex, "Door", kAbsent, "", "", "true 2", 0},
+            {"Ask: the add-on's name, then the prompt", kAsk, "Pick", kAbsent, "Extra", "",
+             "ask MoravelLibrary: Pick / true", 1},
+        };
+    for (const auto& [name, item, argument, suite, picked, message, shown, additions] : cases) {
+        SCOPED_TRACE(name);
+        setenv("XN_PROBE_MESSAGE", message != nullptr ? message : "", 1);
+        message == nullptr ? setenv("XN_PROBE_QUIET", "1", 1) : unsetenv("XN_PROBE_QUIET");
+        auto host = Start("Parts", suite);
+        EXPECT_EQ(shown, Run(*host, item, argument, 0, picked));
+        EXPECT_EQ(additions, host->LibraryAdditions());
     }
 }
 

@@ -3,19 +3,15 @@
 #include "HostTest.hpp"
 
 #include <filesystem>
+#include <tuple>
 
 namespace {
 
 using EntryPointTest = xn_test::SharedFolderTest;
 
 TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
-    const struct {
-        const char* name;
-        const char* addon;
-        int hostKind;
-        const char* storedLanguage; // the older numeric "Language" in the add-on's own file
-        const char* error;
-    } cases[] = {
+    // storedLanguage: the older numeric "Language" in the add-on's own file
+    const std::tuple<const char*, const char*, int, const char*, const char*> cases[] = {
         {"CheckEnvironment for another kind of host", MORAVEL_LIBRARY, 1, nullptr,
          "did not register: CheckEnvironment answered 0"},
         {"RegisterInterface for a language without a menu", MORAVEL_LIBRARY, 0, "-1",
@@ -24,26 +20,26 @@ TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
          "Initialize of " NO_GERMAN_MENU_ADDON " failed with error 0x81060065"},
     };
     std::filesystem::create_directories(temp.PathOf("Shared"));
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, addon, hostKind, storedLanguage, expected] : cases) {
+        SCOPED_TRACE(name);
         std::filesystem::remove(temp.PathOf("Shared/MoravelLibrary_190.cfg"));
-        if (c.storedLanguage != nullptr)
-            Settings("set", std::string("Language ") + c.storedLanguage);
-        options.hostKind = static_cast<API_ApplicationTypeID>(c.hostKind);
+        if (storedLanguage != nullptr)
+            Settings("set", std::string("Language ") + storedLanguage);
+        options.hostKind = static_cast<API_ApplicationTypeID>(hostKind);
         achost::Host host(options);
         std::string error;
-        EXPECT_FALSE(host.Start(c.addon, &error));
-        EXPECT_NE(std::string::npos, error.find(c.error)) << error;
-        EXPECT_EQ(c.hostKind == 0 ? "MoravelLibrary" : "", host.AddonName());
-        EXPECT_EQ(c.addon == std::string(NO_GERMAN_MENU_ADDON), host.BuiltInLibraryRegistered());
+        EXPECT_FALSE(host.Start(addon, &error));
+        EXPECT_NE(std::string::npos, error.find(expected)) << error;
+        EXPECT_EQ(hostKind == 0 ? "MoravelLibrary" : "", host.AddonName());
+        EXPECT_EQ(addon == std::string(NO_GERMAN_MENU_ADDON), host.BuiltInLibraryRegistered());
         EXPECT_EQ(0, host.ResourceStringReads()) << "menu item texts written";
         // The achost program says which add-on failed, in which entry point, with which error.
-        if (c.hostKind == 0) {
+        if (hostKind == 0) {
             std::string output;
             EXPECT_NE(0, xn_test::RunProgram(ACHOST_PROGRAM " --shared-folder " + temp.PathOf("Shared") +
-                                                 " --list-menus " + c.addon + " 2>&1",
+                                                 " --list-menus " + addon + " 2>&1",
                                              &output));
-            EXPECT_NE(std::string::npos, output.find(c.error)) << output;
+            EXPECT_NE(std::string::npos, output.find(expected)) << output;
         }
     }
 }

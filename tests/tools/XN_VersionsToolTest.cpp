@@ -2,6 +2,7 @@
 #include "HostTest.hpp"
 
 #include <nlohmann/json.hpp>
+#include <tuple>
 
 namespace xn_test {
 namespace {
@@ -27,14 +28,8 @@ protected:
 };
 
 TEST_F(VersionsToolTest, AnswersEachCommand) {
-    const struct {
-        const char* name;
-        const char* file; // null: no file
-        std::string arguments;
-        int exitCode;
-        std::string out; // help: its first line
-        const char* errPart;
-    } cases[] = {
+    // file: null, no file; out: of help, its first line
+    const std::tuple<const char*, const char*, std::string, int, std::string, const char*> cases[] = {
         {"print", kSample, "print FILE", 0,
          "message from=20180101 to= link=http://a/b\n    Neu \xC3\xBC\n    see \n"
          "addon MyAddon 19.0.4.70000 = 19.0.4.4464 host=19 date=20180803 (03/08/2018) languages=ita,fra\n"
@@ -53,17 +48,17 @@ TEST_F(VersionsToolTest, AnswersEachCommand) {
         {"json is for print", "", "lint --json FILE", 2, "", "unknown option \"--json\""},
         {"two files", "", "print FILE FILE", 2, "", "one FILE only"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        if (c.file != nullptr)
-            TempFolder::Write(File(), c.file);
+    for (const auto& [name, file, arguments, exitCode, expected, errPart] : cases) {
+        SCOPED_TRACE(name);
+        if (file != nullptr)
+            TempFolder::Write(File(), file);
         std::string out, err;
-        EXPECT_EQ(c.exitCode, Run(c.arguments, out, err));
+        EXPECT_EQ(exitCode, Run(arguments, out, err));
         std::remove(File().c_str());
-        EXPECT_EQ(c.out,
-                  c.arguments.find("--help") != std::string::npos ? out.substr(0, out.find('\n') + 1) : out);
-        EXPECT_NE(std::string::npos, err.find(c.errPart)) << err;
-        EXPECT_EQ(*c.errPart == '\0', err.empty()) << err;
+        EXPECT_EQ(expected,
+                  arguments.find("--help") != std::string::npos ? out.substr(0, out.find('\n') + 1) : out);
+        EXPECT_NE(std::string::npos, err.find(errPart)) << err;
+        EXPECT_EQ(*errPart == '\0', err.empty()) << err;
     }
     // print --json gives every field.
     TempFolder::Write(File(), kSample);

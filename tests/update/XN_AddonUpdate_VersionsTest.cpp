@@ -6,6 +6,7 @@
 #include "achost/SharedFolder.hpp"
 
 #include <string>
+#include <tuple>
 
 namespace xn_test {
 namespace {
@@ -64,11 +65,7 @@ protected:
 TEST_F(VersionsFileTest, ParsesEachKindOfLine) {
     const std::string addon = "A 19.0.4.2200 (AC190) 03/08/2018";
     const std::string parsedAddon = "A A|19.0.4.2200|19.0.4.2200|19|20180803|03/08/2018||";
-    const struct {
-        const char* name;
-        std::string file;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"comments and blank lines only", "* x\n\n \t\n*y", ""},
         {"languages matched ignoring case, other words ignored", addon + " ita x FRA rus",
          "A A|19.0.4.2200|19.0.4.2200|19|20180803|03/08/2018|026|\n"},
@@ -100,16 +97,16 @@ TEST_F(VersionsFileTest, ParsesEachKindOfLine) {
          "\xEF\xBB\xBFL\xC3\xA9 01/01/2020\r\n# \xD0\x96\rM 02/02/2002",
          "L L\xC3\xA9|20200101|01/01/2020|\xD0\x96\nL M|20020202|02/02/2002|\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, file, expected] : cases) {
+        SCOPED_TRACE(name);
         Parsed parsed, linted;
-        TempFolder::Write(TempFile(), c.file);
+        TempFolder::Write(TempFile(), file);
         ASSERT_TRUE(XN_AddonUpdate_ReadVersionsFile(parsed.messages, parsed.addons, parsed.libraries));
         ASSERT_TRUE(XN_AddonUpdate_ReadVersionsFile(XN_Location(XN_String(TempFile().c_str())),
                                                     linted.messages, linted.addons, linted.libraries,
                                                     NoteSkip, &linted));
         std::remove(TempFile().c_str());
-        EXPECT_EQ(c.expected, linted.Describe());
+        EXPECT_EQ(expected, linted.Describe());
         EXPECT_EQ(linted.Describe(), parsed.Describe() + linted.skipped);
     }
 }

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <regex>
+#include <tuple>
 
 namespace {
 
@@ -37,11 +38,8 @@ TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
     for (const char* seen : {"strictness 2, seed 7, repeat 1, timeout 2 s", "PASS exports", "PASS dialogs",
                              "PASS settings", "7 checks, 0 failed"})
         EXPECT_NE(std::string::npos, good.find(seen)) << seen << "\n" << good;
-    const struct {
-        const char* addon;
-        std::string check;
-        std::vector<const char*> seen; // every one appears in the output
-    } rows[] = {
+    // messages: every one appears in the output
+    const std::tuple<const char*, std::string, std::vector<const char*>> rows[] = {
         {BROKEN_MISSING_EXPORT, "exports", {"does not export FreeData"}},
         {BROKEN_EXTRA_EXPORT, "exports", {"exports more than its four entry points: FixtureExtraExport"}},
         {BROKEN_LEAKS, "lifecycle", {"1 memory handle was still allocated after 1"}},
@@ -52,16 +50,16 @@ TEST_F(ValidateTest, EachFaultFailsItsCheckWithAMessageNamingIt) {
         {BROKEN_HANGS, "menus", {"hung: no verdict within 2.00 s (while menu 32500 2)"}},
         {BROKEN_THROWS, "menus", {"threw an exception (fixture failure) out of menu command 32500 item 2"}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.addon);
-        const std::string output = Validate("--check " + row.check + " " + options + row.addon, &exitCode);
+    for (const auto& [addon, check, messages] : rows) {
+        SCOPED_TRACE(addon);
+        const std::string output = Validate("--check " + check + " " + options + addon, &exitCode);
         EXPECT_EQ(1, exitCode) << output;
-        EXPECT_NE(std::string::npos, output.find("FAIL " + row.check)) << output;
-        for (const char* seen : row.seen)
+        EXPECT_NE(std::string::npos, output.find("FAIL " + check)) << output;
+        for (const char* seen : messages)
             EXPECT_NE(std::string::npos, output.find(seen)) << seen << "\n" << output;
         // One command replays the failure: the same check, seed and strictness see the same fault.
         const std::string replay = LineAfter(output, "  replay: ");
-        EXPECT_NE(std::string::npos, replay.find("--check " + row.check + " --strictness 2 --seed 7"));
+        EXPECT_NE(std::string::npos, replay.find("--check " + check + " --strictness 2 --seed 7"));
         std::string again;
         EXPECT_EQ(1, RunProgram(replay + " 2>&1", &again)) << again;
         const std::regex time(" \\(\\d+\\.\\d+ s\\)");
@@ -112,22 +110,19 @@ TEST_F(ValidateTest, ReportsGoToJsonAndJUnitAndBadArgumentsAreNamed) {
     EXPECT_NE(std::string::npos, xml.find("name=\"dialogs #2\""));
     EXPECT_NE(std::string::npos, xml.find("<failure message=\"DGSetItemText: no dialog 1 is open (while "
                                           "looking for dialogs: menu 32500 1)"));
-    const struct {
-        const char* arguments;
-        const char* message;
-    } rows[] = {
+    const std::tuple<const char*, const char*> rows[] = {
         {"--strictness 11 x.so", "--strictness takes a whole number from 1 to 10, not '11'"},
         {"--check nothing x.so", "there is no check 'nothing' (--list names them)"},
         {"--timeout", "--timeout needs a value"},
         {"", "name the add-on to validate"},
         {"/nonexistent/addon.so", "cannot read /nonexistent/addon.so"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.arguments);
+    for (const auto& [arguments, message] : rows) {
+        SCOPED_TRACE(arguments);
         int exitCode = -1;
-        const std::string output = Validate(row.arguments, &exitCode);
+        const std::string output = Validate(arguments, &exitCode);
         EXPECT_EQ(2, exitCode);
-        EXPECT_NE(std::string::npos, output.find(row.message)) << output;
+        EXPECT_NE(std::string::npos, output.find(message)) << output;
     }
 }
 
