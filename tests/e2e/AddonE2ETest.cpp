@@ -14,19 +14,15 @@ using AddonTest = xn_test::SharedFolderTest;
 TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
     achost::Host host(options);
     ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
-    const struct {
-        short menu;
-        Int32 item;
-        bool loadedAfter;
-        int loads;
-    } steps[] = {{32506, 1, false, 1}, {32506, 6, false, 2}, {32501, 2, true, 3}, {32506, 3, true, 3}};
+    const std::tuple<short, Int32, bool, int> steps[] = {
+        {32506, 1, false, 1}, {32506, 6, false, 2}, {32501, 2, true, 3}, {32506, 3, true, 3}};
     int step = 0;
     std::string error;
-    for (const auto& s : steps) {
+    for (const auto& [menu, item, loadedAfter, loads] : steps) {
         SCOPED_TRACE("step " + std::to_string(++step));
-        ASSERT_TRUE(host.ChooseMenuItem(s.menu, s.item, &error)) << error;
-        EXPECT_EQ(s.loadedAfter, host.IsLoaded());
-        EXPECT_EQ(s.loads, host.LoadCount());
+        ASSERT_TRUE(host.ChooseMenuItem(menu, item, &error)) << error;
+        EXPECT_EQ(loadedAfter, host.IsLoaded());
+        EXPECT_EQ(loads, host.LoadCount());
     }
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <regex>
+#include <tuple>
 
 namespace {
 
@@ -77,45 +78,39 @@ TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
     const std::string reg = "RegisterInterface of " MORAVEL_LIBRARY " failed with error 0x8106";
     const std::string init = "Initialize of " MORAVEL_LIBRARY " failed with error 0x8106";
     const std::vector<std::string> none, dialog = {"menu 3"}, italian = kChooseItalian;
-    const struct {
-        const char* name;
-        std::function<void()> arm;
-        int armBefore;
-        const std::vector<std::string>& lines;
-        std::string startError;
-        short registeredMenu;
-        const std::string& stored;
-    } cases[] = {
-        // Loading: registration and initialisation pass the host's refusal back.
-        {"menu registration refused", Fail(HostCall::RegisterMenu, APIERR_BADID), kAtStart, none,
-         reg + "0065", 0, kGerman},
-        {"built-in library refused", Fail(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL), kAtStart, none,
-         reg + "0001", 0, kGerman},
-        {"menu handler refused", Fail(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3), kAtStart, none,
-         init + "0388", 0, kGerman},
-        // Loading: what cannot be read is taken as absent; the first command reads the settings again.
-        // The shared store is read first, then the add-on's own.
-        {"settings folder unknown at registration", Fail(HostCall::SpecialFolder, kAccessDenied, 2), kAtStart,
-         italian, "", 32501, kItalian},
-        {"menu texts refused at load", Fail(HostCall::MenuItemText, APIERR_BADID, 4), kAtStart, italian, "",
-         32503, kItalian},
-        {"resource string missing at load", Fail(HostCall::ResourceString, 0, 2), kAtStart, italian, "",
-         32503, kItalian},
-        // Commands: the language stays as it was unless a confirmed choice was saved whole.
-        {"language dialog refused", Fail(HostCall::ModalDialog, APIERR_GENERAL), 0, dialog, "", 32503,
-         kGerman},
-        {"dialog text missing", Fail(HostCall::ResourceString, 0, 3), 0, italian, "", 32503, kItalian},
-        {"settings folder unknown at saving", Fail(HostCall::SpecialFolder, kAccessDenied), 2, italian, "",
-         32503, kGerman},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const Outcome outcome = Run(c.lines, c.armBefore, c.arm);
+    const std::tuple<const char*, std::function<void()>, int, const std::vector<std::string>&, std::string,
+                     short, const std::string&>
+        cases[] = {
+            // Loading: registration and initialisation pass the host's refusal back.
+            {"menu registration refused", Fail(HostCall::RegisterMenu, APIERR_BADID), kAtStart, none,
+             reg + "0065", 0, kGerman},
+            {"built-in library refused", Fail(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL), kAtStart,
+             none, reg + "0001", 0, kGerman},
+            {"menu handler refused", Fail(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3), kAtStart, none,
+             init + "0388", 0, kGerman},
+            // Loading: what cannot be read is taken as absent; the first command reads the settings again.
+            // The shared store is read first, then the add-on's own.
+            {"settings folder unknown at registration", Fail(HostCall::SpecialFolder, kAccessDenied, 2),
+             kAtStart, italian, "", 32501, kItalian},
+            {"menu texts refused at load", Fail(HostCall::MenuItemText, APIERR_BADID, 4), kAtStart, italian,
+             "", 32503, kItalian},
+            {"resource string missing at load", Fail(HostCall::ResourceString, 0, 2), kAtStart, italian, "",
+             32503, kItalian},
+            // Commands: the language stays as it was unless a confirmed choice was saved whole.
+            {"language dialog refused", Fail(HostCall::ModalDialog, APIERR_GENERAL), 0, dialog, "", 32503,
+             kGerman},
+            {"dialog text missing", Fail(HostCall::ResourceString, 0, 3), 0, italian, "", 32503, kItalian},
+            {"settings folder unknown at saving", Fail(HostCall::SpecialFolder, kAccessDenied), 2, italian,
+             "", 32503, kGerman},
+        };
+    for (const auto& [name, arm, armBefore, lines, startError, registeredMenu, stored] : cases) {
+        SCOPED_TRACE(name);
+        const Outcome outcome = Run(lines, armBefore, arm);
         EXPECT_TRUE(outcome.fired);
         EXPECT_EQ("", outcome.session);
-        EXPECT_EQ(c.startError, outcome.startError);
-        EXPECT_EQ(c.registeredMenu, outcome.registeredMenu);
-        EXPECT_EQ(c.stored, outcome.stored);
+        EXPECT_EQ(startError, outcome.startError);
+        EXPECT_EQ(registeredMenu, outcome.registeredMenu);
+        EXPECT_EQ(stored, outcome.stored);
     }
 }
 
@@ -128,10 +123,7 @@ TEST_F(FaultMatrixTest, EachCallOfTheLanguageCommandFailsInTurn) {
         return [operation](int nth) { achost::FailFileOperation(operation, kAccessDenied, nth); };
     };
     const auto call = [](HostCall which) { return [which](int nth) { Fail(which, APIERR_GENERAL, nth)(); }; };
-    const struct {
-        const char* name;
-        std::function<void(int)> arm;
-    } kinds[] = {
+    const std::tuple<const char*, std::function<void(int)>> kinds[] = {
         {"BMAllocateHandle", [](int nth) { achost::FailAllocation(nth); }},
         {"BMReallocHandle", [](int nth) { achost::FailReallocation(nth); }},
         {"IO::File", file(FileOperation::FileStatus)},
@@ -154,10 +146,10 @@ TEST_F(FaultMatrixTest, EachCallOfTheLanguageCommandFailsInTurn) {
     // first-run value; the records stay whole.
     const std::regex kWhole("\\$Language_str: (ger|ita)\n\\$AutoUpdate: [01]\n");
     int failedCalls = 0;
-    for (const auto& kind : kinds) {
+    for (const auto& [name, arm] : kinds) {
         for (int nth = 1;; ++nth) {
-            SCOPED_TRACE(std::string(kind.name) + " call " + std::to_string(nth));
-            const Outcome outcome = Run(kChooseItalian, kAtStart, [&] { kind.arm(nth); });
+            SCOPED_TRACE(std::string(name) + " call " + std::to_string(nth));
+            const Outcome outcome = Run(kChooseItalian, kAtStart, [&arm = arm, nth] { arm(nth); });
             EXPECT_TRUE(outcome.startError.empty() ||
                         outcome.startError.find(" failed with error ") != std::string::npos)
                 << outcome.startError;

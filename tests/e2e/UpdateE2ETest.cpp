@@ -37,11 +37,7 @@ protected:
 
 // A check from the menu (the first command: it runs exactly one check) and what its dialog says.
 TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
-    const struct {
-        const char* name;
-        xn_test::Reply reply;
-        bool isNewer;
-    } cases[] = {
+    const std::tuple<const char*, xn_test::Reply, bool> cases[] = {
         {"the same line", {200, kOwnLine + "\n"}, false},
         {"a later date only", {200, kNewerLine}, true},
         {"a higher number with an older date", {200, kNamed + "19.0.9.9999 (AC190) 01/01/2018\n"}, false},
@@ -55,24 +51,24 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
         {"an empty body", {200, ""}, false},
         {"a redirection followed", {302, "", "http://moved.example/v.txt"}, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, reply, isNewer] : cases) {
+        SCOPED_TRACE(name);
         xn_test::FaultServer one;
-        ASSERT_TRUE(one.Start([&](const std::string& path) {
-            return path == "http://moved.example/v.txt" ? xn_test::Reply{200, kOwnLine} : c.reply;
+        ASSERT_TRUE(one.Start([&reply = reply](const std::string& path) {
+            return path == "http://moved.example/v.txt" ? xn_test::Reply{200, kOwnLine} : reply;
         }));
         setenv("http_proxy", one.Address().c_str(), 1);
         EXPECT_EQ("", Run({"menu 4", "expect dialog 32755 hidden", "wait download",
                            "expect dialog 32755 shown", "expect title \"MoravelLibrary\"",
-                           c.isNewer ? "expect item 3 \"A newer release is available.\""
-                                     : "expect item 3 \"You have the latest release.\"",
-                           c.isNewer ? "expect item 4 \"A newer release of MoravelLibrary is available.\""
-                                     : "expect item 4 \"MoravelLibrary is up to date.\"",
-                           c.isNewer ? "expect item 5 enabled" : "expect item 5 disabled",
+                           isNewer ? "expect item 3 \"A newer release is available.\""
+                                   : "expect item 3 \"You have the latest release.\"",
+                           isNewer ? "expect item 4 \"A newer release of MoravelLibrary is available.\""
+                                   : "expect item 4 \"MoravelLibrary is up to date.\"",
+                           isNewer ? "expect item 5 enabled" : "expect item 5 disabled",
                            "expect item 6 \"The latest Moravel library is on the updates page.\"",
                            "expect item 7 \"Check Library\""}));
         EXPECT_EQ(kVersionsAddress, one.Paths().at(0));
-        EXPECT_EQ(c.reply.status == 302 ? 2u : 1u, one.Paths().size());
+        EXPECT_EQ(reply.status == 302 ? 2u : 1u, one.Paths().size());
         EXPECT_FALSE(TempFileLeft());
     }
 }
@@ -110,20 +106,16 @@ TEST_F(UpdateTest, TheDialogsButtonsOpenTheVendorsPages) {
 
 // Each failure of the transfer ends in the one alert; the dialog made for the check is closed.
 TEST_F(UpdateTest, ATransferThatFailsEndsInTheUnreachableAlert) {
-    const struct {
-        const char* name;
-        bool refuse;
-        xn_test::Reply reply;
-    } cases[] = {
+    const std::tuple<const char*, bool, xn_test::Reply> cases[] = {
         {"connection refused", true, {}},
         {"cut off mid-body", false, {200, std::string(100000, 'x'), "", 5000}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, refuse, reply] : cases) {
+        SCOPED_TRACE(name);
         xn_test::FaultServer one;
-        ASSERT_TRUE(one.Start([&](const std::string&) { return c.reply; }));
+        ASSERT_TRUE(one.Start([&reply = reply](const std::string&) { return reply; }));
         setenv("http_proxy", one.Address().c_str(), 1);
-        if (c.refuse)
+        if (refuse)
             one.Stop();
         EXPECT_EQ("", Run({"menu 4", "wait download", "expect alert \"" + kUnreachable + "\" \"\"", "ok",
                            "expect dialog 32755 closed"}));

@@ -79,13 +79,8 @@ protected:
 };
 
 TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
-    struct Case {
-        const char* name;
-        std::vector<const char*> filter; // {"-"}: no filter list at all
-        bool recursive;
-        std::vector<std::string> expected;
-    };
-    const Case cases[] = {
+    // extensions: {"-"} for no filter list at all
+    const std::tuple<const char*, std::vector<const char*>, bool, std::vector<std::string>> cases[] = {
         {"no filter", {"-"}, false, {"A.TXT", "b.txt", "readme"}},
         {"empty filter", {}, false, {"A.TXT", "b.txt", "readme"}},
         {"case ignored", {"txt"}, false, {"A.TXT", "b.txt"}},
@@ -96,15 +91,15 @@ TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
         {"dot in a folder name is no extension", {"d"}, true, {"f.d/x.d"}},
         {"empty extension", {""}, true, {"f.d/readme", "readme"}},
         {"several", {"D", "TXT"}, true, {"A.TXT", "b.txt", "f.d/x.d", "sub/c.txt", "sub/deep/d.TxT"}}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, extensions, recursive, expected] : cases) {
+        SCOPED_TRACE(name);
         XN_List<XN_String> filter;
-        for (const char* extension : c.filter)
+        for (const char* extension : extensions)
             filter.AddData(FromUtf8(extension), -1);
-        const bool noFilter = c.filter.size() == 1 && std::string(c.filter[0]) == "-";
+        const bool noFilter = extensions.size() == 1 && std::string(extensions[0]) == "-";
         XN_List<XN_Location> files;
-        EXPECT_TRUE(root.GetFilesInFolder(noFilter ? nullptr : &filter, c.recursive, &files));
-        EXPECT_EQ(Relative(files), c.expected);
+        EXPECT_TRUE(root.GetFilesInFolder(noFilter ? nullptr : &filter, recursive, &files));
+        EXPECT_EQ(Relative(files), expected);
     }
 }
 

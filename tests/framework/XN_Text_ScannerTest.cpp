@@ -3,6 +3,7 @@
 #include "XN_StringTest.hpp"
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -13,15 +14,8 @@ struct Scanner : XN_Text_Scanner {
 };
 
 TEST(XN_Text_Scanner, ReadLongPositions) {
-    struct Case {
-        const char* text;
-        short skipMode;
-        bool advance;
-        bool result;
-        long value; // 99: unchanged
-        unsigned long position;
-    };
-    const Case cases[] = {
+    // text, skip mode, advance, result, value read (99: unchanged), position after
+    const std::tuple<const char*, short, bool, bool, long, unsigned long> cases[] = {
         {"  /* note */ 42 x", 3, true, true, 42, 15},
         {"  /* note */ 42 x", 3, false, true, 42, 0},
         {"\t-7 x", 1, true, true, -7, 3},
@@ -33,34 +27,29 @@ TEST(XN_Text_Scanner, ReadLongPositions) {
         {"", 0, true, true, 0, 0},    // kept: the empty token is an integer
         {"- x", 0, true, true, 0, 1}, // kept: "-" alone is an integer
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.text) + " mode " + std::to_string(c.skipMode) +
-                     (c.advance ? " advancing" : ""));
-        Scanner scanner(c.text);
+    for (const auto& [text, skipMode, advance, result, expected, position] : cases) {
+        SCOPED_TRACE(std::string(text) + " mode " + std::to_string(skipMode) + (advance ? " advancing" : ""));
+        Scanner scanner(text);
         long value = 99;
-        EXPECT_EQ(scanner.ReadLong(value, c.skipMode, c.advance), c.result);
-        EXPECT_EQ(value, c.value);
-        EXPECT_EQ(scanner.GetPosition(), c.position);
+        EXPECT_EQ(scanner.ReadLong(value, skipMode, advance), result);
+        EXPECT_EQ(value, expected);
+        EXPECT_EQ(scanner.GetPosition(), position);
     }
 }
 
 TEST(XN_Text_Scanner, ReadLineSplitsAtEveryLineEnd) {
-    struct Case {
-        const char* text;
-        bool withEOL;
+    const std::tuple<const char*, bool, std::vector<std::string>> cases[] = {
+        {"a\r\nb\rc\n", false, {"a", "b", "c", "<null>"}},
+        {"a\r\nb\rc\n", true, {"a\r\n", "b\r", "c\n", "<null>"}},
+        {"\n\nx", false, {"", "", "x", "<null>"}},
+        {"x\n\r", false, {"x", "", "<null>"}}};
+    for (const auto& [text, withEOL, expected] : cases) {
+        SCOPED_TRACE(text);
+        Scanner scanner(text);
         std::vector<std::string> lines;
-    };
-    const Case cases[] = {{"a\r\nb\rc\n", false, {"a", "b", "c", "<null>"}},
-                          {"a\r\nb\rc\n", true, {"a\r\n", "b\r", "c\n", "<null>"}},
-                          {"\n\nx", false, {"", "", "x", "<null>"}},
-                          {"x\n\r", false, {"x", "", "<null>"}}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        Scanner scanner(c.text);
-        std::vector<std::string> lines;
-        for (size_t i = 0; i < c.lines.size(); ++i)
-            lines.push_back(Show(scanner.ReadLine(c.withEOL, true)));
-        EXPECT_EQ(lines, c.lines);
+        for (size_t i = 0; i < expected.size(); ++i)
+            lines.push_back(Show(scanner.ReadLine(withEOL, true)));
+        EXPECT_EQ(lines, expected);
     }
     Scanner scanner("a\nb");
     EXPECT_EQ(Show(scanner.ReadLine(false, false)), "a");
@@ -79,24 +68,20 @@ TEST(XN_Text_Scanner, TokensStopAtDelimitersOnly) {
 }
 
 TEST(XN_Text_Scanner, DoubleQuotedStrings) {
-    struct Case {
-        const char* text;
-        bool result;
-        const char* value; // "-": unchanged
-        unsigned long position;
-    };
-    const Case cases[] = {{R"( "a\"b" x)", true, R"(a\"b)", 7},
-                          {R"("")", true, "", 2},
-                          {R"( "a\" ")", true, R"(a\" )", 7}, // a value cannot end in a backslash
-                          {R"( "abc\")", false, "-", 1},
-                          {R"( x"a")", false, "-", 1}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        Scanner scanner(c.text);
+    // text, result, value read ("-": unchanged), position after
+    const std::tuple<const char*, bool, const char*, unsigned long> cases[] = {
+        {R"( "a\"b" x)", true, R"(a\"b)", 7},
+        {R"("")", true, "", 2},
+        {R"( "a\" ")", true, R"(a\" )", 7}, // a value cannot end in a backslash
+        {R"( "abc\")", false, "-", 1},
+        {R"( x"a")", false, "-", 1}};
+    for (const auto& [text, result, expected, position] : cases) {
+        SCOPED_TRACE(text);
+        Scanner scanner(text);
         XN_String value("-");
-        EXPECT_EQ(scanner.ReadDoubleQuotedString(value, 2, true), c.result);
-        EXPECT_EQ(Show(value), c.value);
-        EXPECT_EQ(scanner.GetPosition(), c.position);
+        EXPECT_EQ(scanner.ReadDoubleQuotedString(value, 2, true), result);
+        EXPECT_EQ(Show(value), expected);
+        EXPECT_EQ(scanner.GetPosition(), position);
     }
     Scanner kept(R"( "ab" x)");
     XN_String value;

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -44,25 +45,20 @@ TEST_F(BMTest, AllocationGivesTheRequestedSizeAndRefusesNegativeOnes) {
 }
 
 TEST_F(BMTest, ReallocationKeepsTheLeadingBytes) {
-    struct Case {
-        const char* name;
-        GSSize size;
-        GSFlags flags;
-        std::string expected;
-    };
-    const Case cases[] = {{"shrink", 2, 0, "ab"},
-                          {"to zero", 0, 0, ""},
-                          {"same size", 4, 0, "abcd"},
-                          {"grow and clear the new bytes", 6, REALLOC_CLEAR, std::string("abcd\0\0", 6)},
-                          {"full clear", 3, REALLOC_FULLCLEAR, std::string(3, '\0')}};
+    const std::tuple<const char*, GSSize, GSFlags, std::string> cases[] = {
+        {"shrink", 2, 0, "ab"},
+        {"to zero", 0, 0, ""},
+        {"same size", 4, 0, "abcd"},
+        {"grow and clear the new bytes", 6, REALLOC_CLEAR, std::string("abcd\0\0", 6)},
+        {"full clear", 3, REALLOC_FULLCLEAR, std::string(3, '\0')}};
     for (bool moveAlways : {false, true}) {
         achost::MoveBlocksOnEveryReallocation(moveAlways);
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(c.name) + (moveAlways ? ", moving" : ""));
+        for (const auto& [name, size, flags, expected] : cases) {
+            SCOPED_TRACE(std::string(name) + (moveAlways ? ", moving" : ""));
             GSHandle h = Filled("abcd");
-            EXPECT_EQ(BMReallocHandle(h, c.size, c.flags, 0), h);
+            EXPECT_EQ(BMReallocHandle(h, size, flags, 0), h);
             EXPECT_EQ(BMError(), NoError);
-            EXPECT_EQ(Bytes(h), c.expected);
+            EXPECT_EQ(Bytes(h), expected);
             BMKillHandle(&h);
         }
     }

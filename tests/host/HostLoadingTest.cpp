@@ -82,18 +82,14 @@ TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
     EXPECT_EQ(fresh, Items(host));
     ASSERT_TRUE(host.ChooseMenuItem(1, &error)) << error;
     EXPECT_EQ("Commands since load: 1", ItemText(host, 32500, 1));
-    const struct {
-        short menu;
-        Int32 item;
-        const char* error;
-    } refused[] = {{32500, 5, "item 5 of menu 32500 is disabled"},
-                   {32500, 6, "menu 32500 has no item 6"},
-                   {32500, 0, "menu 32500 has no item 0"},
-                   {32700, 1, "the add-on has no menu 32700"}};
-    for (const auto& r : refused) {
-        SCOPED_TRACE(r.error);
-        EXPECT_FALSE(host.ChooseMenuItem(r.menu, r.item, &error));
-        EXPECT_EQ(r.error, error);
+    const std::tuple<short, Int32, const char*> refused[] = {{32500, 5, "item 5 of menu 32500 is disabled"},
+                                                             {32500, 6, "menu 32500 has no item 6"},
+                                                             {32500, 0, "menu 32500 has no item 0"},
+                                                             {32700, 1, "the add-on has no menu 32700"}};
+    for (const auto& [menu, item, expected] : refused) {
+        SCOPED_TRACE(expected);
+        EXPECT_FALSE(host.ChooseMenuItem(menu, item, &error));
+        EXPECT_EQ(expected, error);
     }
 }
 

@@ -31,30 +31,26 @@ protected:
 };
 
 TEST(IOLocation, LastNameOperations) {
-    struct Case {
-        const char* path;
-        const char* lastName; // null: ResolveError
-        const char* afterDelete;
-        const char* afterSetToX;
-    };
-    const Case cases[] = {{"/a/b/c", "c", "/a/b", "/a/b/x"},
-                          {"/a/b/", "b", "/a", "/a/x"},
-                          {"/a", "a", "/", "/x"},
-                          {"c", "c", "<error>", "x"},
-                          {"/", nullptr, "/", "/"}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.path);
-        IO::Location location(c.path);
+    // path, last name (null: ResolveError), after DeleteLastLocalName, after SetLastLocalName("x")
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+        {"/a/b/c", "c", "/a/b", "/a/b/x"},
+        {"/a/b/", "b", "/a", "/a/x"},
+        {"/a", "a", "/", "/x"},
+        {"c", "c", "<error>", "x"},
+        {"/", nullptr, "/", "/"}};
+    for (const auto& [path, lastName, afterDelete, afterSetToX] : cases) {
+        SCOPED_TRACE(path);
+        IO::Location location(path);
         IO::Name name;
         EXPECT_EQ(location.GetLastLocalName(&name),
-                  c.lastName ? NoError : GSErrCode(IO::Location::ResolveError));
-        EXPECT_EQ(NameText(name), c.lastName ? c.lastName : "");
+                  lastName ? NoError : GSErrCode(IO::Location::ResolveError));
+        EXPECT_EQ(NameText(name), lastName ? lastName : "");
         IO::Location deleted = location;
         deleted.DeleteLastLocalName();
-        EXPECT_EQ(PathText(deleted), c.afterDelete);
+        EXPECT_EQ(PathText(deleted), afterDelete);
         IO::Location renamed = location;
         renamed.SetLastLocalName(IO::Name("x"));
-        EXPECT_EQ(PathText(renamed), c.afterSetToX);
+        EXPECT_EQ(PathText(renamed), afterSetToX);
     }
     EXPECT_EQ(PathText(IO::Location(IO::Location("/a/"), IO::Name("b.txt"))), "/a/b.txt");
     GS::UniString text;
@@ -74,19 +70,16 @@ TEST_F(IOTest, EnumerationIsSortedAndFiltered) {
     IO::Folder folder(At(""));
     ASSERT_EQ(folder.GetStatus(), NoError);
 
-    struct Case {
-        UInt32 filter;
-        std::vector<std::string> expected;
-    };
-    const Case cases[] = {{IO::Folder::FilterFiles | IO::Folder::FilterFolders,
-                           {"A.txt", "b.txt", "c", "d.dir/", "link/", "stop"}},
-                          {IO::Folder::FilterFolders, {"d.dir/", "link/"}},
-                          {IO::Folder::FilterFiles, {"A.txt", "b.txt", "c", "stop"}}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.filter);
+    const std::tuple<UInt32, std::vector<std::string>> cases[] = {
+        {IO::Folder::FilterFiles | IO::Folder::FilterFolders,
+         {"A.txt", "b.txt", "c", "d.dir/", "link/", "stop"}},
+        {IO::Folder::FilterFolders, {"d.dir/", "link/"}},
+        {IO::Folder::FilterFiles, {"A.txt", "b.txt", "c", "stop"}}};
+    for (const auto& [filter, expected] : cases) {
+        SCOPED_TRACE(filter);
         std::vector<std::string> entries;
-        EXPECT_EQ(folder.Enumerate(Collect, IO::Folder::ResolveLinks, c.filter, &entries), NoError);
-        EXPECT_EQ(entries, c.expected);
+        EXPECT_EQ(folder.Enumerate(Collect, IO::Folder::ResolveLinks, filter, &entries), NoError);
+        EXPECT_EQ(entries, expected);
     }
 }
 
@@ -129,24 +122,20 @@ TEST_F(IOTest, StatusesAndEntries) {
 }
 
 TEST_F(IOTest, OpenModesDecideWhereBytesGo) {
-    struct Case {
-        IO::File::OpenMode mode;
-        GSErrCode writeResult;
-        std::string content;
-    };
-    const Case cases[] = {{IO::File::ReadMode, IO::File::AccessDenied, "hello"},
-                          {IO::File::WriteMode, NoError, "XYllo"},
-                          {IO::File::WriteEmptyMode, NoError, "XY"},
-                          {IO::File::ReadWriteMode, NoError, "XYllo"},
-                          {IO::File::AppendMode, NoError, "helloXY"}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.mode);
+    const std::tuple<IO::File::OpenMode, GSErrCode, std::string> cases[] = {
+        {IO::File::ReadMode, IO::File::AccessDenied, "hello"},
+        {IO::File::WriteMode, NoError, "XYllo"},
+        {IO::File::WriteEmptyMode, NoError, "XY"},
+        {IO::File::ReadWriteMode, NoError, "XYllo"},
+        {IO::File::AppendMode, NoError, "helloXY"}};
+    for (const auto& [mode, writeResult, content] : cases) {
+        SCOPED_TRACE(mode);
         TempFolder::Write(temp.PathOf("f"), "hello");
         IO::File file(At("f"));
-        ASSERT_EQ(file.Open(c.mode), NoError);
-        EXPECT_EQ(file.WriteBin("XY", 2), c.writeResult);
+        ASSERT_EQ(file.Open(mode), NoError);
+        EXPECT_EQ(file.WriteBin("XY", 2), writeResult);
         EXPECT_EQ(file.Close(), NoError);
-        EXPECT_EQ(TempFolder::Read(temp.PathOf("f")), c.content);
+        EXPECT_EQ(TempFolder::Read(temp.PathOf("f")), content);
     }
     IO::File file(At("f"));
     EXPECT_EQ(file.Open(static_cast<IO::File::OpenMode>(9)), ErrParam);

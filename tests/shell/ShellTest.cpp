@@ -3,6 +3,8 @@
 
 #include "HostTest.hpp"
 
+#include <tuple>
+
 namespace {
 
 constexpr Int32 kOtherMenuCommand = kResourceCaseCount + 1;
@@ -52,20 +54,17 @@ TEST_F(ShellTest, ACommandForAnotherMenuDoesNothing) {
 // The first command of a host run re-reads the language, which reloads the suite's shared settings;
 // later commands do not, and a reload starts a new run.
 TEST_F(ShellTest, OnlyTheFirstCommandOfEachHostRunRereadsTheSettings) {
-    const struct {
-        bool reloadFirst;
-        const char* stored;
-        const char* held;
-    } steps[] = {{false, "first", "first"}, {false, "second", "first"}, {true, "third", "third"}};
+    const std::tuple<bool, const char*, const char*> steps[] = {
+        {false, "first", "first"}, {false, "second", "first"}, {true, "third", "third"}};
     std::string error;
-    for (const auto& s : steps) {
-        SCOPED_TRACE(s.stored);
-        if (s.reloadFirst) {
+    for (const auto& [reloadFirst, stored, held] : steps) {
+        SCOPED_TRACE(stored);
+        if (reloadFirst) {
             ASSERT_TRUE(host.Reload(&error)) << error;
         }
-        Settings("set", std::string("Probe ") + s.stored, "Quillane.cfg"); // as another add-on would
+        Settings("set", std::string("Probe ") + stored, "Quillane.cfg"); // as another add-on would
         ASSERT_TRUE(host.ChooseMenuItem(kOwnMenuCommand, &error)) << error;
-        EXPECT_EQ(s.held, host.RegisteredMenu()->items[kOwnMenuCommand - 1].text);
+        EXPECT_EQ(held, host.RegisteredMenu()->items[kOwnMenuCommand - 1].text);
     }
 }
 
