@@ -9,23 +9,6 @@ namespace {
 
 using AddonTest = xn_test::SharedFolderTest;
 
-// Until a command of its own menu keeps it, the add-on is unloaded after each command; the Russian
-// menu has no handler, so choosing its items keeps nothing.
-TEST_F(AddonTest, StaysLoadedFromTheFirstCommandOfItsOwnMenu) {
-    achost::Host host(options);
-    ASSERT_TRUE(xn_test::Started(host, MORAVEL_LIBRARY));
-    const std::tuple<short, Int32, bool, int> steps[] = {
-        {32506, 1, false, 1}, {32506, 6, false, 2}, {32501, 2, true, 3}, {32506, 3, true, 3}};
-    int step = 0;
-    std::string error;
-    for (const auto& [menu, item, loadedAfter, loads] : steps) {
-        SCOPED_TRACE("step " + std::to_string(++step));
-        ASSERT_TRUE(host.ChooseMenuItem(menu, item, &error)) << error;
-        EXPECT_EQ(loadedAfter, host.IsLoaded());
-        EXPECT_EQ(loads, host.LoadCount());
-    }
-}
-
 // The language dialog: each closing stores what it should in the add-on's own settings file.
 TEST_F(AddonTest, LanguageDialogStoresOnlyAConfirmedChange) {
     const std::tuple<const char*, std::vector<std::string>, std::string> cases[] = {

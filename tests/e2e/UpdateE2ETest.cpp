@@ -138,40 +138,35 @@ TEST_F(UpdateTest, EveryCheckMakesItsOwnDialogAndCompletesUnderAModalOne) {
 // The automatic check after the first command: 14 days after the last start at the earliest.
 TEST_F(UpdateTest, TheAutomaticCheckWaitsFourteenDays) {
     const long day = 86400;
-    const struct {
-        const char* name;
-        std::string autoUpdate;
-        long age; // seconds since the stored start; -1: none stored
-        size_t requests;
-        std::string stored; // AutoUpdate afterwards
-        std::string dialog; // an automatic check shows only a newer release
-        std::string served = kOwnLine;
-    } cases[] = {
-        {"the first run only switches automatic checks on", "", -1, 0, "1\n", "closed"},
-        {"13 days after the last check", "1", 13 * day, 0, "1\n", "closed"},
-        {"14 days after the last check", "1", 14 * day, 1, "1\n", "hidden"},
-        {"never checked before, a newer release", "1", -1, 1, "1\n", "shown", kNewerLine},
-        {"switched off", "0", -1, 0, "0\n", "closed"},
-        {"any other value disables it", "2", -1, 0, "2\n", "closed"},
-    };
+    // age: seconds since the stored start, -1 when none is stored; stored: AutoUpdate afterwards;
+    // dialog: an automatic check shows only a newer release
+    const std::tuple<const char*, std::string, long, size_t, std::string, std::string, std::string> cases[] =
+        {
+            {"the first run only switches automatic checks on", "", -1, 0, "1\n", "closed", kOwnLine},
+            {"13 days after the last check", "1", 13 * day, 0, "1\n", "closed", kOwnLine},
+            {"14 days after the last check", "1", 14 * day, 1, "1\n", "hidden", kOwnLine},
+            {"never checked before, a newer release", "1", -1, 1, "1\n", "shown", kNewerLine},
+            {"switched off", "0", -1, 0, "0\n", "closed", kOwnLine},
+            {"any other value disables it", "2", -1, 0, "2\n", "closed", kOwnLine},
+        };
     std::string served;
     ASSERT_TRUE(server.Start([&served](const std::string&) { return xn_test::Reply{200, served}; }));
     setenv("http_proxy", server.Address().c_str(), 1);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        served = c.served + "\n";
+    for (const auto& [name, autoUpdate, age, requests, stored, dialog, reply] : cases) {
+        SCOPED_TRACE(name);
+        served = reply + "\n";
         std::filesystem::remove(temp.PathOf("Shared/MoravelLibrary_190.cfg"));
-        if (!c.autoUpdate.empty())
-            Settings("set", "AutoUpdate " + c.autoUpdate);
-        if (c.age >= 0)
-            Settings("set", "LastUpdateCheck_190 " + std::to_string(std::time(nullptr) - c.age));
+        if (!autoUpdate.empty())
+            Settings("set", "AutoUpdate " + autoUpdate);
+        if (age >= 0)
+            Settings("set", "LastUpdateCheck_190 " + std::to_string(std::time(nullptr) - age));
         const size_t before = Requests();
         const time_t start = std::time(nullptr);
-        EXPECT_EQ("", Run({"menu 2", "wait download", "expect dialog 32755 " + c.dialog}));
-        EXPECT_EQ(c.requests, Requests() - before);
-        EXPECT_EQ(c.stored, Settings("get", "AutoUpdate"));
+        EXPECT_EQ("", Run({"menu 2", "wait download", "expect dialog 32755 " + dialog}));
+        EXPECT_EQ(requests, Requests() - before);
+        EXPECT_EQ(stored, Settings("get", "AutoUpdate"));
         const long stamp = std::atol(Settings("get", "LastUpdateCheck_190").c_str());
-        if (c.requests != 0) {
+        if (requests != 0) {
             EXPECT_GE(stamp, start);
         }
     }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -92,11 +93,7 @@ TYPED_TEST_SUITE(XN_ListNumbersTest, NumberTypes);
 // Elements are moved by their size in bytes: each operation runs over elements of three sizes.
 TYPED_TEST(XN_ListNumbersTest, InsertionDeletionAndResizingKeepTheOrder) {
     using List = XN_List<TypeParam>;
-    const struct {
-        const char* name;
-        void (*operation)(List&);
-        Longs expected;
-    } cases[] = {
+    const std::tuple<const char*, void (*)(List&), Longs> cases[] = {
         {"append", [](List& l) { l.AddData(9, -1); }, {1, 2, 3, 9}},
         {"insert first", [](List& l) { l.AddData(9, 0); }, {9, 1, 2, 3}},
         {"insert inside", [](List& l) { l.AddData(9, 1); }, {1, 9, 2, 3}},
@@ -110,11 +107,11 @@ TYPED_TEST(XN_ListNumbersTest, InsertionDeletionAndResizingKeepTheOrder) {
         {"growing without keeping zeroes all", [](List& l) { l.SetSize(4, false); }, {0, 0, 0, 0}},
         {"shrinking keeps the first", [](List& l) { l.SetSize(2, true); }, {1, 2}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, operation, expected] : cases) {
+        SCOPED_TRACE(name);
         List list = ListOf<TypeParam>({1, 2, 3});
-        c.operation(list);
-        EXPECT_EQ(Values(list), c.expected);
+        operation(list);
+        EXPECT_EQ(Values(list), expected);
         ExpectBlockMatchesCount(list);
     }
 }

@@ -55,7 +55,7 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
 }
 
 // A reload starts a new run with the menus as the resources made them.
-TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
+TEST_F(HostTest, MenusComeFromTheResourcesReachTheirOwnHandlersAndUnloadUntilKept) {
     achost::Host host(xn_test::StrictOptions());
     ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
     EXPECT_EQ("Fixture", host.AddonName());
@@ -69,7 +69,23 @@ TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
     EXPECT_EQ(fresh, Items(host));
     EXPECT_EQ(1, host.LoadCount());
     EXPECT_TRUE(host.IsLoaded());
+    // The module is really unloaded between commands until it asks to be kept: its static counter
+    // starts again after each reload.
+    const std::tuple<Int32, const char*, bool, int> steps[] = {
+        {1, "Commands since load: 1", false, 1}, {1, "Commands since load: 1", false, 2},
+        {2, "Commands since load: 1", true, 3},  {1, "Commands since load: 1", true, 3},
+        {1, "Commands since load: 2", true, 3},  {4, "Commands since load: 2", false, 3},
+        {1, "Commands since load: 1", false, 4},
+    };
+    int step = 0;
     std::string error;
+    for (const auto& [item, countText, loadedAfter, loads] : steps) {
+        SCOPED_TRACE("step " + std::to_string(++step));
+        ASSERT_TRUE(host.ChooseMenuItem(item, &error)) << error;
+        EXPECT_EQ(countText, ItemText(host, 32500, 1));
+        EXPECT_EQ(loadedAfter, host.IsLoaded());
+        EXPECT_EQ(loads, host.LoadCount());
+    }
     ASSERT_TRUE(host.ChooseMenuItem(2, &error) && host.ChooseMenuItem(1, &error)) << error;
     ASSERT_TRUE(host.ChooseMenuItem(3, &error) && host.ChooseMenuItem(32501, 2, &error)) << error;
     EXPECT_EQ("Second was chosen", ItemText(host, 32501, 1));
@@ -90,28 +106,6 @@ TEST_F(HostTest, MenusComeFromTheResourcesAndReachTheirOwnHandlers) {
         SCOPED_TRACE(expected);
         EXPECT_FALSE(host.ChooseMenuItem(menu, item, &error));
         EXPECT_EQ(expected, error);
-    }
-}
-
-// The module is really unloaded between commands until it asks to be kept: its static counter
-// starts again after each reload.
-TEST_F(HostTest, UnloadsBetweenCommandsUntilKeptInMemory) {
-    achost::Host host(xn_test::StrictOptions());
-    ASSERT_TRUE(xn_test::Started(host, FIXTURE_GOOD));
-    const std::tuple<Int32, const char*, bool, int> steps[] = {
-        {1, "Commands since load: 1", false, 1}, {1, "Commands since load: 1", false, 2},
-        {2, "Commands since load: 1", true, 3},  {1, "Commands since load: 1", true, 3},
-        {1, "Commands since load: 2", true, 3},  {4, "Commands since load: 2", false, 3},
-        {1, "Commands since load: 1", false, 4},
-    };
-    int step = 0;
-    std::string error;
-    for (const auto& [item, countText, loadedAfter, loads] : steps) {
-        SCOPED_TRACE("step " + std::to_string(++step));
-        ASSERT_TRUE(host.ChooseMenuItem(item, &error)) << error;
-        EXPECT_EQ(countText, ItemText(host, 32500, 1));
-        EXPECT_EQ(loadedAfter, host.IsLoaded());
-        EXPECT_EQ(loads, host.LoadCount());
     }
 }
 
