@@ -11,6 +11,7 @@
 #include <clocale>
 #include <initializer_list>
 #include <string>
+#include <tuple>
 
 namespace xn_test {
 
@@ -41,19 +42,12 @@ inline XN_String FromUtf8(const std::string& utf8) {
     return XN_String(reinterpret_cast<const unsigned short*>(units.data()));
 }
 
-// One row of a table of cases: its name, what the operation gave and what it should give.
+// A table of cases, each row its name, what the operation gave and what it should give.
 template <class T>
-struct Row {
-    const char* name;
-    T actual;
-    T expected;
-};
-
-template <class T>
-void ExpectRows(std::initializer_list<Row<T>> rows) {
-    for (const Row<T>& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.actual, row.expected);
+void ExpectRows(std::initializer_list<std::tuple<const char*, T, T>> rows) {
+    for (const auto& [name, actual, expected] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(actual, expected);
     }
 }
 

@@ -51,7 +51,9 @@ protected:
     std::string savedPath;
 };
 
-TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
+// The project's title is its file name cut to 255 characters; an engine is chosen by name, the lowest
+// number first, and changed only when needed.
+TEST_F(GeneralTest, ProjectTitleAndRenderingEngine) {
     const std::string name255(255, 'n');
     const std::tuple<const char*, std::string, std::string> cases[] = {
         {"untitled project", "", "true true "},
@@ -59,6 +61,7 @@ TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
         {"255 characters kept", "/p/" + name255, "true false " + name255},
         {"300 characters cut to 255", "/p/" + name255 + std::string(45, 'x'), "true false " + name255},
     };
+    options.engines = {"Photo Engine Pro", "Sketch Engine", "Photo Engine"};
     achost::Host host(options);
     ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
     for (const auto& [name, project, shown] : cases) {
@@ -66,11 +69,7 @@ TEST_F(GeneralTest, ProjectTitleIsTheFileNameCutTo255Characters) {
         host.SetProject(project);
         EXPECT_EQ(shown, Probe(host, kTitle, ""));
     }
-}
-
-// One run: each step sees the engine the steps before it left current.
-TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeeded) {
-    options.engines = {"Photo Engine Pro", "Sketch Engine", "Photo Engine"};
+    // In the same run, each step sees the engine the steps before it left current.
     const std::tuple<const char*, int, const char*, std::string, int, int> steps[] = {
         {"check another engine", kCheckEngine, "sketch", "0", 1, 0},
         {"check with an empty name", kCheckEngine, "", "1", 1, 0},
@@ -80,8 +79,6 @@ TEST_F(GeneralTest, EngineIsChosenByNameLowestNumberFirstAndChangedOnlyWhenNeede
         {"no engine matches", kSetEngine, "Nothing", "false", 1, 2},
         {"check ignores case", kCheckEngine, "PRO", "1", 1, 2},
     };
-    achost::Host host(options);
-    ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
     for (const auto& [name, item, argument, answer, current, changes] : steps) {
         SCOPED_TRACE(name);
         EXPECT_EQ(answer, Probe(host, item, argument));
