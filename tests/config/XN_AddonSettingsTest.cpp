@@ -4,17 +4,10 @@
 #include "HostTest.hpp"
 
 #include <csignal>
-#include <filesystem>
-#include <functional>
-#include <optional>
-#include <set>
-#include <vector>
+#include <tuple>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <tuple>
-#include <unistd.h>
 
 namespace xn_test {
 namespace {

@@ -4,10 +4,7 @@
 #include "HostTest.hpp"
 #include "XN_Comm.hpp"
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
-#include <set>
 #include <tuple>
 
 namespace xn_test {

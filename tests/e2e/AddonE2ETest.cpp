@@ -1,9 +1,9 @@
 // The real add-on in the real host: through the C++ driver, and through the achost program.
 #include "HostTest.hpp"
 
-#include <filesystem>
-#include <sys/stat.h>
 #include <tuple>
+
+#include <sys/stat.h>
 
 namespace {
 

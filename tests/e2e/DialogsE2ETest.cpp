@@ -4,7 +4,6 @@
 
 #include "HostTest.hpp"
 
-#include <filesystem>
 #include <tuple>
 
 namespace {

@@ -5,8 +5,6 @@
 
 #include "HostTest.hpp"
 
-#include <filesystem>
-#include <functional>
 #include <regex>
 #include <tuple>
 

@@ -3,11 +3,8 @@
 #include "HostTest.hpp"
 
 #include <cairo.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <tuple>
 
 namespace {

@@ -3,9 +3,7 @@
 #include "FaultServer.hpp"
 #include "HostTest.hpp"
 
-#include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <tuple>
 
 namespace {

@@ -3,9 +3,6 @@
 #include "FaultServer.hpp"
 #include "HostTest.hpp"
 
-#include <chrono>
-#include <cstdlib>
-
 namespace {
 
 class UpdateSlowTest : public xn_test::SharedFolderTest {};

@@ -6,10 +6,6 @@
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
 
-#include <filesystem>
-#include <string>
-#include <tuple>
-
 namespace {
 
 namespace fs = std::filesystem;

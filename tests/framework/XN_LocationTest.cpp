@@ -5,11 +5,6 @@
 #include "TempFolder.hpp"
 #include "achost/Faults.hpp"
 
-#include <filesystem>
-#include <string>
-#include <tuple>
-#include <vector>
-
 namespace {
 
 namespace fs = std::filesystem;

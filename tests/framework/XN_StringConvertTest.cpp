@@ -3,9 +3,6 @@
 #include "XN_List.hpp"
 #include "XN_StringTest.hpp"
 
-#include <string>
-#include <tuple>
-
 using xn_test::ExpectRows;
 using xn_test::FromUtf8;
 using xn_test::Show;

@@ -1,9 +1,6 @@
 // XN_String core: null versus empty, allocation, appends, comparison, element access, sub-strings.
 #include "XN_StringTest.hpp"
 
-#include <string>
-#include <tuple>
-
 using xn_test::ExpectRows;
 using xn_test::FromUtf8;
 using xn_test::Show;

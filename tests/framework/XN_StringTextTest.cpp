@@ -6,8 +6,6 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
-#include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 

@@ -2,9 +2,6 @@
 #include "XN_Text_Scanner.hpp"
 #include "XN_StringTest.hpp"
 
-#include <string>
-#include <tuple>
-
 namespace {
 
 using xn_test::Show;

@@ -5,7 +5,6 @@
 
 #include <uv.h>
 
-#include <set>
 #include <sstream>
 #include <tuple>
 

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest-spi.h>
 
-#include <filesystem>
-
 namespace {
 
 namespace fs = std::filesystem;

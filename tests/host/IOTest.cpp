@@ -4,11 +4,7 @@
 #include "achost/Faults.hpp"
 #include "achost/SharedFolder.hpp"
 
-#include <filesystem>
-#include <set>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace {
 

@@ -3,8 +3,6 @@
 
 #include "HostTest.hpp"
 
-#include <functional>
-#include <set>
 #include <tuple>
 
 namespace {

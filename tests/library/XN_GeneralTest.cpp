@@ -1,9 +1,6 @@
 // The host utilities and the save-file dialog, called by a probe add-on inside the real host.
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <tuple>
 
 namespace {

@@ -6,12 +6,8 @@
 
 #include "HostTest.hpp"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <sstream>
 #include <tuple>
-#include <utility>
 
 namespace {
 

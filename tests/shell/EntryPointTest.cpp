@@ -2,7 +2,6 @@
 // and leaves the later steps undone (the library is registered only once RegisterInterface succeeded).
 #include "HostTest.hpp"
 
-#include <filesystem>
 #include <tuple>
 
 namespace {

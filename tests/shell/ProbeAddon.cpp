@@ -8,8 +8,6 @@
 #include "XN_Menu.hpp"
 #include "XN_Resource.hpp"
 
-#include <cstring>
-
 namespace {
 
 constexpr short kProbeMenu = 32500;

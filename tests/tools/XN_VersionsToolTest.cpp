@@ -2,6 +2,7 @@
 #include "HostTest.hpp"
 
 #include <nlohmann/json.hpp>
+
 #include <tuple>
 
 namespace xn_test {

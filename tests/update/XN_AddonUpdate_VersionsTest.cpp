@@ -5,7 +5,6 @@
 #include "XN_AddonUpdate_Versions.hpp"
 #include "achost/SharedFolder.hpp"
 
-#include <string>
 #include <tuple>
 
 namespace xn_test {

@@ -6,8 +6,6 @@
 
 #include <uv.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <regex>
 
 namespace {

@@ -5,7 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <regex>
 #include <tuple>
 
