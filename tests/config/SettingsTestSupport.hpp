@@ -2,6 +2,7 @@
 #pragma once
 
 #include "TempFolder.hpp"
+#include "Utf8.hpp"
 
 #include "XN_SettingsFile.hpp"
 #include "achost/SharedFolder.hpp"
@@ -9,11 +10,6 @@
 #include <string>
 
 namespace xn_test {
-
-inline std::string Utf8(const XN_String& text) {
-    const XN_CString bytes = text.ToCStr(XN_String::Encoding_UTF8);
-    return bytes.Get() != nullptr ? std::string(bytes.Get()) : std::string();
-}
 
 // Each test gets its own empty shared folder, and both stores start empty and loaded from it.
 class SettingsStoreTest : public TempFolderTest {

@@ -32,9 +32,9 @@ long GenerationOf(const XN_Location& file) {
     XN_List<XN_Setting> records;
     if (XN_SettingsFile_Read(file, records, nullptr) != XN_SettingsFile_OK || records.GetCount() != kRecords)
         return -1;
-    const long generation = std::stol(xn_test::Utf8(records[0].value));
+    const long generation = std::stol(Utf8(records[0].value));
     for (int k = 0; k < kRecords; ++k)
-        if (xn_test::Utf8(records[k].value) != ValueOf(generation, k))
+        if (Utf8(records[k].value) != ValueOf(generation, k))
             return -1;
     return generation;
 }

@@ -11,7 +11,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string kGuide1 = "01 - Libreria Moravel.pdf";
-const std::string kGuide2 = "02 - Libreria Moravel.pdf";
 
 class DialogsTest : public xn_test::SharedFolderTest {
 protected:
@@ -110,12 +109,10 @@ TEST_F(DialogsTest, AFileThatCannotBeWrittenGivesTheWriteAlert) {
     EXPECT_EQ("MoravelLibrary\nVersion: 19.0.4.2200\n", temp.Read(path));
 }
 
-class TerminalTest : public xn_test::TempFolderTest {};
-
 // A person at the terminal: the add-on and its menu are shown, what the add-on opens is launched
 // (here a recording xdg-open first on PATH) and printed, a save dialog asks for a path, and the end of
 // the input ends the session.
-TEST_F(TerminalTest, TheTerminalLaunchesWhatItOpensAndAsksForThePathToSave) {
+TEST_F(DialogsTest, TheTerminalLaunchesWhatItOpensAndAsksForThePathToSave) {
     fs::create_directories(temp.PathOf("bin"));
     temp.Write(temp.PathOf("bin/xdg-open"),
                "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + temp.PathOf("log") + "'\n");

@@ -28,7 +28,6 @@ protected:
         return xn_test::Started(host, MORAVEL_LIBRARY) ? xn_test::RunLines(host, lines) : "not started";
     }
     size_t Requests() { return server.Paths().size(); }
-    bool TempFileLeft() const { return std::filesystem::exists(temp.PathOf("Shared/__updxn__.tmp")); }
 
     xn_test::FaultServer server;
 };
@@ -67,7 +66,7 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
                            "expect item 7 \"Check Library\""}));
         EXPECT_EQ(kVersionsAddress, one.Paths().at(0));
         EXPECT_EQ(reply.status == 302 ? 2u : 1u, one.Paths().size());
-        EXPECT_FALSE(TempFileLeft());
+        EXPECT_FALSE(std::filesystem::exists(temp.PathOf("Shared/__updxn__.tmp")));
     }
 }
 

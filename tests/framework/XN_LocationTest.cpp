@@ -73,7 +73,7 @@ protected:
     XN_Location root;
 };
 
-TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
+TEST_F(XN_LocationTreeTest, FilesFilteredByExtensionSubFoldersAndFailures) {
     // extensions: {"-"} for no filter list at all
     const std::tuple<const char*, std::vector<const char*>, bool, std::vector<std::string>> cases[] = {
         {"no filter", {"-"}, false, {"A.TXT", "b.txt", "readme"}},
@@ -96,9 +96,7 @@ TEST_F(XN_LocationTreeTest, FilesAreFilteredByExtension) {
         EXPECT_TRUE(root.GetFilesInFolder(noFilter ? nullptr : &filter, recursive, &files));
         EXPECT_EQ(Relative(files), expected);
     }
-}
-
-TEST_F(XN_LocationTreeTest, SubFoldersFolderTestsAndFailures) {
+    // Subfolders, folder tests and failures.
     XN_List<XN_Location> folders;
     EXPECT_TRUE(root.GetSubFolders(false, &folders));
     EXPECT_EQ(Relative(folders), (std::vector<std::string>{"f.d", "sub"}));
@@ -106,9 +104,9 @@ TEST_F(XN_LocationTreeTest, SubFoldersFolderTestsAndFailures) {
     EXPECT_TRUE(root.GetSubFolders(true, &folders));
     EXPECT_EQ(Relative(folders), (std::vector<std::string>{"f.d", "sub", "sub/deep"}));
 
-    const std::vector<std::pair<const char*, bool>> cases = {
+    const std::pair<const char*, bool> folderCases[] = {
         {"sub", true}, {"sub/deep", true}, {"b.txt", false}, {"missing", false}, {"missing/sub", false}};
-    for (const auto& [relative, isFolder] : cases) {
+    for (const auto& [relative, isFolder] : folderCases) {
         SCOPED_TRACE(relative);
         EXPECT_EQ(XN_Location(FromUtf8(temp.PathOf(relative))).IsFolder(), isFolder);
     }

@@ -1,6 +1,7 @@
 // The versions file read from the host's shared folder: which lines make records, every field of
 // each record, description texts, and the reason given for each skipped line.
 #include "TempFolder.hpp"
+#include "Utf8.hpp"
 
 #include "XN_AddonUpdate_Versions.hpp"
 #include "achost/SharedFolder.hpp"
@@ -9,11 +10,6 @@
 
 namespace xn_test {
 namespace {
-
-std::string U8(const XN_String& text) {
-    const XN_CString bytes = text.ToCStr(XN_String::Encoding_UTF8);
-    return bytes.Get() != nullptr ? bytes.Get() : "";
-}
 
 // One line per record, every field with "|" between: messages, add-ons, libraries, then skips.
 struct Parsed {
@@ -25,21 +21,21 @@ struct Parsed {
     std::string Describe() const {
         std::string all;
         for (long i = 0; i < messages.GetCount(); ++i)
-            all += "M " + U8(messages[i].fromDate) + "|" + U8(messages[i].toDate) + "|" +
-                   U8(messages[i].text) + "|" + U8(messages[i].link) + "\n";
+            all += "M " + Utf8(messages[i].fromDate) + "|" + Utf8(messages[i].toDate) + "|" +
+                   Utf8(messages[i].text) + "|" + Utf8(messages[i].link) + "\n";
         for (long i = 0; i < addons.GetCount(); ++i) {
             const XN_AddonUpdate_Addon& a = addons[i];
             std::string languages;
             for (long l = 0; l < a.languages.GetCount(); ++l)
                 languages += std::to_string(a.languages[l]);
-            all += "A " + U8(a.name) + "|" + U8(a.versionText) + "|" + std::to_string(a.major) + "." +
+            all += "A " + Utf8(a.name) + "|" + Utf8(a.versionText) + "|" + std::to_string(a.major) + "." +
                    std::to_string(a.minor) + "." + std::to_string(a.revision) + "." +
-                   std::to_string(a.build) + "|" + std::to_string(a.hostVersion) + "|" + U8(a.date) + "|" +
-                   U8(a.dateText) + "|" + languages + "|" + U8(a.text) + "\n";
+                   std::to_string(a.build) + "|" + std::to_string(a.hostVersion) + "|" + Utf8(a.date) + "|" +
+                   Utf8(a.dateText) + "|" + languages + "|" + Utf8(a.text) + "\n";
         }
         for (long i = 0; i < libraries.GetCount(); ++i)
-            all += "L " + U8(libraries[i].name) + "|" + U8(libraries[i].date) + "|" +
-                   U8(libraries[i].dateText) + "|" + U8(libraries[i].text) + "\n";
+            all += "L " + Utf8(libraries[i].name) + "|" + Utf8(libraries[i].date) + "|" +
+                   Utf8(libraries[i].dateText) + "|" + Utf8(libraries[i].text) + "\n";
         return all + skipped;
     }
 };
