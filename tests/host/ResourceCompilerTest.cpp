@@ -140,7 +140,7 @@ protected:
 };
 
 // A failure names the file at fault and leaves no output behind, not even a part of one.
-TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLine) {
+TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLineOrWritesTheImageAndItsEmbedding) {
     const std::string bad = temp.PathOf("bad.grc"), good = temp.PathOf("good.grc");
     xn_test::TempFolder::Write(bad, "'STR#' 1 \"d\" {\n  \"ok\"\n  \"broken\n}\n");
     xn_test::TempFolder::Write(good, "'STR#' 1 \"d\" { \"ok\" }\n");
@@ -157,9 +157,7 @@ TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLine) {
         EXPECT_EQ(message, output);
         EXPECT_EQ((std::set<std::string>{"bad.grc", "good.grc"}), xn_test::TempFolder::Names(temp.Path()));
     }
-}
-
-TEST_F(ResourceToolTest, WritesTheImageAndItsEmbedding) {
+    // A good file: the image and its embedding.
     std::string output;
     ASSERT_EQ(0, Run(FIXTURE_GRC, &output)) << output;
     achost::ResourceSet set;

@@ -17,10 +17,6 @@ enum ProbeItem {
 
 class GeneralTest : public xn_test::SharedFolderTest {
 protected:
-    void SetUp() override {
-        SharedFolderTest::SetUp();
-        savedPath = std::getenv("PATH");
-    }
     void TearDown() override {
         setenv("PATH", savedPath.c_str(), 1);
         unsetenv("XN_PROBE_ARGUMENT");
@@ -33,19 +29,7 @@ protected:
         EXPECT_TRUE(host.ChooseMenuItem(32500, item, &error)) << error;
         return host.FindMenu(32500)->items[static_cast<size_t>(item) - 1].text;
     }
-    // Puts first on PATH an xdg-open that appends each argument as a line to xdg-open.log and exits
-    // with `exitCode`.
-    void RecordingXdgOpen(int exitCode) {
-        std::filesystem::create_directories(temp.PathOf("bin"));
-        const std::string script = temp.PathOf("bin/xdg-open");
-        temp.Write(script, "#!/bin/sh\nfor a in \"$@\"; do printf '%s\\n' \"$a\" >> '" +
-                               temp.PathOf("xdg-open.log") + "'; done\nexit " + std::to_string(exitCode) +
-                               "\n");
-        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-        setenv("PATH", (temp.PathOf("bin") + ":" + savedPath).c_str(), 1);
-    }
-
-    std::string savedPath;
+    const std::string savedPath = std::getenv("PATH");
 };
 
 // The project's title is its file name cut to 255 characters; an engine is chosen by name, the lowest
@@ -120,7 +104,14 @@ TEST_F(GeneralTest, LaunchingPassesTheTargetAsOneArgumentToXdgOpen) {
     options.launch = true;
     for (const auto& [name, item, argument, exitCode, answer] : cases) {
         SCOPED_TRACE(name);
-        RecordingXdgOpen(exitCode);
+        // First on PATH: an xdg-open that appends each argument as a line to xdg-open.log.
+        const std::string script = temp.PathOf("bin/xdg-open");
+        std::filesystem::create_directories(temp.PathOf("bin"));
+        temp.Write(script, "#!/bin/sh\nfor a in \"$@\"; do printf '%s\\n' \"$a\" >> '" +
+                               temp.PathOf("xdg-open.log") + "'; done\nexit " + std::to_string(exitCode) +
+                               "\n");
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        setenv("PATH", (temp.PathOf("bin") + ":" + savedPath).c_str(), 1);
         achost::Host host(options);
         ASSERT_TRUE(xn_test::Started(host, GENERAL_PROBE));
         EXPECT_EQ(answer, Probe(host, item, argument));

@@ -38,8 +38,6 @@ protected:
         EXPECT_EQ(0, uv_loop_alive(uv_default_loop()));
         return started;
     }
-    bool Exists() const { return std::filesystem::exists(destination); }
-    std::string Written() const { return xn_test::TempFolder::Read(destination); }
 
     std::string destination = temp.PathOf("__updxn__.tmp");
     xn_test::FaultServer server;
@@ -85,7 +83,7 @@ TEST_F(URLDownloadTest, EachServerBehaviourEndsInItsEvents) {
         ASSERT_TRUE(Download(one.Address() + "/update_plugins/versions16.txt", &events));
         EXPECT_EQ(c.shape, std::regex_replace(events.seen, std::regex("P+"), "*"));
         EXPECT_GE(std::count(events.seen.begin(), events.seen.end(), 'P'), c.blocks);
-        const std::string onDisk = Exists() ? Written() : kNoFile;
+        const std::string onDisk = std::filesystem::exists(destination) ? temp.Read(destination) : kNoFile;
         EXPECT_TRUE(c.written == onDisk) << onDisk.size() << " bytes on disk"; // not printed: up to 5 MiB
         EXPECT_EQ(events.seen.find('P') != std::string::npos ? 0.5 : 0.0, events.lastProgress);
         std::filesystem::remove(destination);
@@ -107,7 +105,7 @@ TEST_F(URLDownloadTest, RequestsTheAddressUniformlyEscapedWithTheAddonsUserAgent
         EXPECT_FALSE(Download(url, &none));
         EXPECT_EQ("", none.seen);
     }
-    EXPECT_FALSE(Exists());
+    EXPECT_FALSE(std::filesystem::exists(destination));
 }
 
 } // namespace
