@@ -21,10 +21,11 @@ namespace {
 constexpr char kPartExtension[] = ".gsm";
 constexpr size_t kMaxNameUnits = API_UniLongNameLen - 1;
 
-// The type names a part's first line may give, at the value of their API_LibTypeID.
-const char* const kTypeNames[] = {"",      "Spec", "Window",     "Door",     "Object",
-                                  "Lamp",  "Room", "Property",   "PlanSign", "Label",
-                                  "Macro", "Pict", "ListScheme", "Skylight"};
+// The type names a part's first line may give ("! type: Door"), at the value of their API_LibTypeID
+// ("Special" for APILib_SpecID).
+const char* const kTypeNames[] = {"",      "Special", "Window",     "Door",     "Object",
+                                  "Lamp",  "Room",    "Property",   "PlanSign", "Label",
+                                  "Macro", "Pict",    "ListScheme", "Skylight"};
 
 // The key a name is found by: every UTF-16 unit lowered (surrogates kept as they are).
 std::u16string Folded(const GS::uchar_t* name, size_t length) {
