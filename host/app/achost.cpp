@@ -5,15 +5,19 @@
 #include "achost/SharedFolder.hpp"
 #include "achost/UpdateServer.hpp"
 
-#include <editline/readline.h>
+#include <histedit.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
+#include <functional>
 #include <iostream>
+#include <optional>
 
 namespace {
 
@@ -55,8 +59,8 @@ const char kHelp[] =
     "  --no-update-server    start no update server and leave http_proxy as it is\n"
     "  --list-menus          print every menu the add-on defined and stop\n"
     "\n"
-    "The demo update server listens on 127.0.0.1 at a free port; achost points http_proxy at it, so the\n"
-    "add-on's requests to its update server reach it.\n"
+    "The demo update server listens on 127.0.0.1 at a free port; achost points http_proxy at it (and\n"
+    "clears no_proxy), so the add-on's requests to its update server reach it.\n"
     "\n"
     "achost validate [--strictness 1..10] [--seed N] [--repeat N] [--timeout S] [--json FILE] [--junit "
     "FILE]\n"
@@ -217,17 +221,85 @@ int RunScript(achost::Host& host, const std::string& script) {
     return held && host.Violations().empty() ? 0 : 1;
 }
 
-// A typed line with editing and history (standard input is a terminal).
-bool EditLine(const std::string& prompt, std::string* line) {
-    char* text = readline(prompt.c_str());
-    if (text == nullptr)
-        return false;
-    if (*text != '\0')
-        add_history(text);
-    *line = text;
-    std::free(text);
-    return true;
-}
+// Line editing and history at the terminal (libedit). Keys are read one at a time after the session's
+// idle wait, so the run loop keeps turning while a person types; when that wait wrote to the screen,
+// the prompt and the partial line are drawn again below it.
+class LineEditor {
+public:
+    LineEditor() : editor(el_init("achost", stdin, stdout, stderr)), history(::history_init()) {
+        HistEvent event;
+        ::history(history, &event, H_SETSIZE, 500);
+        el_set(editor, EL_EDITOR, "emacs");
+        el_set(editor, EL_SIGNAL, 1);
+        el_set(editor, EL_HIST, ::history, history);
+        el_set(editor, EL_CLIENTDATA, this);
+        el_set(editor, EL_PROMPT, &LineEditor::Prompt);
+        el_set(editor, EL_GETCFN, &LineEditor::ReadKey);
+        el_source(editor, nullptr); // the person's ~/.editrc
+    }
+    ~LineEditor() {
+        ::history_end(history);
+        el_end(editor);
+    }
+    LineEditor(const LineEditor&) = delete;
+    LineEditor& operator=(const LineEditor&) = delete;
+
+    bool ReadLine(const std::string& text, const std::function<bool()>& wait, std::string* line) {
+        prompt = text;
+        idle = &wait;
+        int count = 0;
+        const char* read = el_gets(editor, &count);
+        idle = nullptr;
+        if (read == nullptr || count <= 0)
+            return false;
+        line->assign(read, static_cast<size_t>(count));
+        while (!line->empty() && (line->back() == '\n' || line->back() == '\r'))
+            line->pop_back();
+        if (!line->empty()) {
+            HistEvent event;
+            ::history(history, &event, H_ENTER, line->c_str());
+        }
+        return true;
+    }
+
+private:
+    static LineEditor& Of(EditLine* editor) {
+        void* self = nullptr;
+        el_get(editor, EL_CLIENTDATA, &self);
+        return *static_cast<LineEditor*>(self);
+    }
+    static const char* Prompt(EditLine* editor) { return Of(editor).prompt.c_str(); }
+
+    // One character, decoded from the locale's multibyte encoding; 0 at the end of input.
+    static int ReadKey(EditLine* editor, wchar_t* key) {
+        LineEditor& self = Of(editor);
+        std::mbstate_t state{};
+        for (;;) {
+            if (self.idle != nullptr && (*self.idle)())
+                el_set(editor, EL_REFRESH);
+            char byte = 0;
+            const ssize_t n = ::read(STDIN_FILENO, &byte, 1);
+            if (n < 0 &&
+                (errno == EINTR || errno == EAGAIN)) // the run loop keeps standard input non-blocking
+                continue;
+            if (n <= 0)
+                return n == 0 ? 0 : -1;
+            const size_t decoded = std::mbrtowc(key, &byte, 1, &state);
+            if (decoded == static_cast<size_t>(-2))
+                continue;
+            if (decoded == static_cast<size_t>(-1)) { // not in the locale's encoding: taken as it is
+                state = {};
+                *key = static_cast<unsigned char>(byte);
+            }
+            return 1;
+        }
+    }
+
+    EditLine* editor;
+    History* history;
+    std::string prompt;
+    const std::function<bool()>* idle = nullptr;
+};
 
 // Whatever the session printed must have reached its reader: a full disk or a closed pipe is exit 2.
 int Finish(int code) {
@@ -242,6 +314,7 @@ int Finish(int code) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, ""); // the person's encoding: typed text, and the add-on's 8-bit default
     achost::InstallCrashReport();
     if (argc > 1 && std::strcmp(argv[1], "validate") == 0)
         return achost::validate::Validate(std::vector<std::string>(argv + 2, argv + argc));
@@ -297,9 +370,14 @@ int main(int argc, char** argv) {
     if (!args.script.empty())
         return Finish(RunScript(host, args.script));
     std::cout << host.AddonName() << " - " << host.AddonDescription() << "\n";
+    std::optional<LineEditor> editor;
     achost::LineReader reader;
-    if (isatty(STDIN_FILENO))
-        reader = EditLine;
+    if (isatty(STDIN_FILENO)) {
+        editor.emplace();
+        reader = [&](const std::string& prompt, const std::function<bool()>& idle, std::string* line) {
+            return editor->ReadLine(prompt, idle, line);
+        };
+    }
     achost::TerminalFrontEnd terminal(std::cin, std::cout, reader);
     achost::RunSession(host, terminal);
     return Finish(0);

@@ -4,6 +4,14 @@
 
 #include "HostTest.hpp"
 
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
 #include <tuple>
 
 namespace {
@@ -132,6 +140,60 @@ TEST_F(DialogsTest, TheTerminalLaunchesWhatItOpensAndAsksForThePathToSave) {
     EXPECT_EQ(guide + "\n", temp.Read(temp.PathOf("log")));
     EXPECT_NE(std::string::npos, output.find("save dialog \"Save Information\"")) << output;
     EXPECT_EQ(0u, temp.Read(temp.PathOf("info.txt")).find("MoravelLibrary\nVersion: 19.0.4.2200\n"));
+}
+
+// A person at a real terminal (a pseudo-terminal): the menu and its prompt are shown before anything is
+// typed, a line is edited before it is sent (a typo rubbed out), and a path typed after the save
+// dialog's prompt was shown is taken as typed.
+TEST_F(DialogsTest, AtATerminalEachPromptIsShownBeforeTypingAndLinesAreEdited) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    ASSERT_LE(0, child);
+    if (child == 0) {
+        const std::string shared = temp.PathOf("Shared");
+        execl(ACHOST_PROGRAM, ACHOST_PROGRAM, "--no-update-server", "--shared-folder", shared.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    std::string screen;
+    // Reads what the terminal shows until it ends with `prompt` (10 s at most).
+    const auto shows = [&](const std::string& prompt) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (screen.size() < prompt.size() ||
+               screen.compare(screen.size() - prompt.size(), prompt.size(), prompt) != 0) {
+            pollfd ready = {terminal, POLLIN, 0};
+            if (std::chrono::steady_clock::now() > limit || poll(&ready, 1, 100) < 0)
+                return false;
+            char bytes[4096];
+            const ssize_t n = (ready.revents & POLLIN) != 0 ? read(terminal, bytes, sizeof bytes) : 0;
+            if (n < 0)
+                return false;
+            screen.append(bytes, static_cast<size_t>(n));
+        }
+        return true;
+    };
+    const auto type = [&](const std::string& keys) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // typed later, not ahead
+        ASSERT_EQ(static_cast<ssize_t>(keys.size()), write(terminal, keys.data(), keys.size()));
+    };
+    const std::string path = temp.PathOf("info.txt");
+    EXPECT_TRUE(shows("6 [ ] System Information...\r\n> ")) << screen;
+    type("7\x7f"
+         "6\r"); // 7 rubbed out: Information
+    EXPECT_TRUE(shows("16 Button \"Save Information\"\r\n> ")) << screen;
+    type("16\r");
+    EXPECT_TRUE(shows("path (an empty line cancels)> ")) << screen;
+    type(path + "\r");
+    EXPECT_TRUE(shows("> ")) << screen;
+    type("1\r\x04");
+    int status = -1;
+    for (int i = 0; i < 100 && waitpid(child, &status, WNOHANG) == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    if (status == -1)
+        kill(child, SIGKILL), waitpid(child, &status, 0);
+    close(terminal);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << screen;
+    EXPECT_EQ(0u, temp.Read(path).find("MoravelLibrary\nVersion: 19.0.4.2200\n")) << screen;
 }
 
 } // namespace

@@ -98,9 +98,12 @@ private:
     std::string failure;
 };
 
-// Reads one typed line after showing `prompt`; false at the end of input. The terminal session uses
-// one with line editing and history when standard input is a terminal.
-using LineReader = std::function<bool(const std::string& prompt, std::string* line)>;
+// Reads one typed line after showing `prompt`; false at the end of input. Before each keystroke it
+// calls `idle`, which turns the host's run loop until a key can be read and answers true when it wrote
+// to the screen meanwhile (the reader then shows its prompt and the partial line again). The terminal
+// session uses one with line editing and history when standard input is a terminal.
+using LineReader =
+    std::function<bool(const std::string& prompt, const std::function<bool()>& idle, std::string* line)>;
 
 // A person at a terminal: shows the alert, else the front dialog, else the registered menu; reads one
 // action per line (a bare number clicks that item of the dialog, or chooses that item of the menu);
@@ -117,7 +120,7 @@ public:
 
 private:
     // Reads the answer to the waiting file dialog.
-    bool AnswerFileDialog(const FileRequest& request, Action* action);
+    bool AnswerFileDialog(const Host& host, const FileRequest& request, Action* action);
 
     std::istream& in;
     std::ostream& out;

@@ -335,24 +335,6 @@ void WriteFileDialog(std::ostream& out, const FileRequest& request) {
         out << (i == request.selectedFilter ? "  > " : "    ") << request.filters[i] << "\n";
 }
 
-bool TerminalFrontEnd::AnswerFileDialog(const FileRequest& request, Action* action) {
-    WriteFileDialog(out, request);
-    std::string path;
-    const std::string prompt = "path (an empty line cancels)> ";
-    const bool read = reader ? (out.flush(), reader(prompt, &path))
-                             : (out << prompt << std::flush, static_cast<bool>(std::getline(in, path)));
-    if (!read) {
-        out << "\n";
-        return false;
-    }
-    const bool folder = request.kind == "folder";
-    action->verb = folder ? Verb::AnswerFolder : Verb::AnswerSave;
-    action->texts = {path.empty() ? "cancel" : path};
-    action->source =
-        std::string(folder ? "answer folder " : "answer save ") + (path.empty() ? "cancel" : Quoted(path));
-    return true;
-}
-
 namespace {
 
 // What the terminal shows: the alert, else the menu and the front dialog.
@@ -369,21 +351,48 @@ std::string Screen(const Host& host) {
     return screen.str();
 }
 
+// Turns the run loop until a key can be read from standard input; writes the screen again when a
+// transfer's callback changed it meanwhile (`shown`: what it was; none while a file dialog waits) and
+// then answers true, so that a line editor draws its prompt again.
+bool WaitForKey(const Host& host, std::ostream& out, std::string* shown) {
+    Host::Impl& s = *HostAccess::Of(const_cast<Host&>(host));
+    TurnRunLoopUntilReadable(s, STDIN_FILENO, [&] { return shown != nullptr && Screen(host) != *shown; });
+    if (shown == nullptr || Screen(host) == *shown)
+        return false;
+    *shown = Screen(host);
+    out << "\n" << *shown << std::flush;
+    return true;
+}
+
 // Turns the run loop until the person types something on standard input (when `wait`: nothing is
 // typed ahead); shows the screen again, then `prompt`, whenever a transfer's callback changed it
 // meanwhile. Input that cannot be waited for (a regular file) is read at once.
 void WaitForInput(const Host& host, bool wait, std::ostream& out, const char* prompt, std::string* shown) {
-    Host::Impl& s = *HostAccess::Of(const_cast<Host&>(host));
-    while (wait) {
-        TurnRunLoopUntilReadable(s, STDIN_FILENO, [&] { return Screen(host) != *shown; });
-        if (Screen(host) == *shown)
-            return;
-        *shown = Screen(host);
-        out << "\n" << *shown << prompt << std::flush;
-    }
+    while (wait && WaitForKey(host, out, shown))
+        out << prompt << std::flush;
 }
 
 } // namespace
+
+bool TerminalFrontEnd::AnswerFileDialog(const Host& host, const FileRequest& request, Action* action) {
+    WriteFileDialog(out, request);
+    std::string path;
+    const std::string prompt = "path (an empty line cancels)> ";
+    const bool read = reader
+                          ? (out.flush(), reader(
+                                              prompt, [&] { return WaitForKey(host, out, nullptr); }, &path))
+                          : (out << prompt << std::flush, static_cast<bool>(std::getline(in, path)));
+    if (!read) {
+        out << "\n";
+        return false;
+    }
+    const bool folder = request.kind == "folder";
+    action->verb = folder ? Verb::AnswerFolder : Verb::AnswerSave;
+    action->texts = {path.empty() ? "cancel" : path};
+    action->source =
+        std::string(folder ? "answer folder " : "answer save ") + (path.empty() ? "cancel" : Quoted(path));
+    return true;
+}
 
 bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
     if (openedShown > host.Opened().size()) // a new host run
@@ -391,15 +400,14 @@ bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
     for (; openedShown < host.Opened().size(); ++openedShown)
         out << "opened " << Quoted(host.Opened()[openedShown]) << "\n";
     if (host.OpenFileDialog() != nullptr && host.OpenAlert() == nullptr)
-        return AnswerFileDialog(*host.OpenFileDialog(), action);
+        return AnswerFileDialog(host, *host.OpenFileDialog(), action);
     std::string shown = Screen(host);
     out << shown;
     std::string text, error;
     const auto readLine = [&](std::string* line) {
-        if (reader) { // the reader shows its own prompt
-            WaitForInput(host, true, out, "", &shown);
-            return out.flush(), reader("> ", line);
-        }
+        if (reader) // the reader shows its own prompt
+            return out.flush(), reader(
+                                    "> ", [&] { return WaitForKey(host, out, &shown); }, line);
         out << "> " << std::flush;
         WaitForInput(host, &in == &std::cin && std::cin.rdbuf()->in_avail() == 0, out, "> ", &shown);
         return static_cast<bool>(std::getline(in, *line));
