@@ -55,6 +55,7 @@ struct URLDownloadParams {
     int status = 0;          // 0 after opening, 50 while data flows, 101 when complete, -1 after a failure
     bool answered = false;   // the server's answer has begun
     bool openedSent = false; // XN_URL_Opened was reported
+    bool fileOpen = false;   // the destination is open for writing
     bool paused = false;     // curl holds a block until the destination is open
     long blocksToReport = 0;
     Outcome outcome = Outcome::Running;
@@ -151,6 +152,7 @@ void Report(URLDownloadParams* params) {
             }
             if (!params->ended && params->file.Open(params->destination, XN_File_WriteEmptyMode) != 0)
                 EndTransfer(params, Outcome::Failed);
+            params->fileOpen = !params->ended;
             if (!params->ended && params->paused) {
                 params->paused = false;
                 curl_easy_pause(params->easy, CURLPAUSE_CONT); // writes what curl held back
@@ -184,7 +186,7 @@ size_t OnBody(char* data, size_t size, size_t count, void* userp) {
     URLDownloadParams* params = static_cast<URLDownloadParams*>(userp);
     const size_t bytes = size * count;
     params->answered = true;
-    if (!params->openedSent) {
+    if (!params->fileOpen) { // also while the Opened callback turns the run loop
         params->paused = true;
         return CURL_WRITEFUNC_PAUSE;
     }

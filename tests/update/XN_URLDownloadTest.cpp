@@ -12,6 +12,9 @@ namespace {
 
 const char kBody[] = "MoravelLibrary 19.0.5.2400 (AC190) 15/01/2019\n";
 
+// An answer to Opened that first turns the run loop for a while, then lets the transfer go on.
+const int kTurnTheLoop = -1;
+
 // What a callback was told, one letter per event: O opened, P progress, C completed, F failed.
 struct Events {
     std::string seen;
@@ -23,6 +26,12 @@ struct Events {
         events.seen += message >= XN_URL_Opened && message <= XN_URL_Completed ? "OFPC"[message] : '?';
         if (message == XN_URL_Progress)
             events.lastProgress = progress;
+        if (message == XN_URL_Opened && events.answerToOpened == kTurnTheLoop) { // as a modal dialog would
+            const uint64_t until = uv_now(uv_default_loop()) + 300;
+            while (uv_now(uv_default_loop()) < until)
+                uv_run(uv_default_loop(), UV_RUN_NOWAIT), uv_update_time(uv_default_loop());
+            return 0;
+        }
         return message == XN_URL_Opened ? events.answerToOpened : 0;
     }
 };
@@ -67,6 +76,7 @@ TEST_F(URLDownloadTest, EachServerBehaviourEndsInItsEvents) {
         {"a redirection, followed without a word", {302, "", "/moved.txt"}, "O*C", 1, kBody},
         {"a refused connection never opens", {200, kBody}, "F", 0, kNoFile, 0, true},
         {"cancel at open creates no file", {200, kBody}, "O", 0, kNoFile, 1},
+        {"a body that comes while Opened turns the loop", {200, big}, "O*C", 320, big, kTurnTheLoop},
         {"a destination that cannot be made", {200, kBody}, "OF", 0, kNoFile, 0, false, "none/f.tmp"},
     };
     for (const auto& c : cases) {
