@@ -155,8 +155,11 @@ void PrintPlain(const Records& records) {
 
 int Print(const std::string& path, bool json) {
     Records records;
-    if (!Read(path, records, nullptr))
+    std::vector<Skipped> skipped;
+    if (!Read(path, records, &skipped))
         return 2;
+    if (!skipped.empty() && skipped.front().lineNumber == 0) // the file as a whole
+        std::cerr << "xn-versions: " << path << ": " << skipped.front().reason << "\n";
     if (json)
         std::cout << ToJson(records).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
                   << "\n";
@@ -171,7 +174,10 @@ int Lint(const std::string& path) {
     if (!Read(path, records, &skipped))
         return 2;
     for (const Skipped& s : skipped)
-        std::cout << path << ":" << s.lineNumber << ": " << s.reason << "\n    " << s.line << "\n";
+        if (s.lineNumber == 0) // the file as a whole
+            std::cout << path << ": " << s.reason << "\n";
+        else
+            std::cout << path << ":" << s.lineNumber << ": " << s.reason << "\n    " << s.line << "\n";
     return skipped.empty() ? 0 : 1;
 }
 
@@ -211,12 +217,19 @@ int Run(const std::vector<std::string>& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
+    int code = 2;
     try {
-        return Run(std::vector<std::string>(argv + 1, argv + argc));
+        code = Run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const std::exception& e) {
         std::cerr << "xn-versions: " << e.what() << "\n";
     } catch (...) {
         std::cerr << "xn-versions: unexpected failure\n";
     }
-    return 2;
+    // Output that could not be written (a full disk) is a failure, not a quiet success.
+    std::cout.flush();
+    if (!std::cout || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::cerr << "xn-versions: cannot write the output: " << std::strerror(errno) << "\n";
+        return 2;
+    }
+    return code;
 }

@@ -128,6 +128,8 @@ const char* XN_AddonUpdate_SkipReasonText(XN_AddonUpdate_SkipReason reason) {
         return "the host tag must be \"(AC\" digits \")\", e.g. (AC190)";
     case XN_AddonUpdate_Skip_Date:
         return "the date must be dd/mm/yyyy or dd-mm-yyyy";
+    case XN_AddonUpdate_Skip_NotText:
+        return "not UTF-8 text (nor marked as UTF-16 or UTF-32): no line of it is read";
     }
     return "not a record";
 }
@@ -164,6 +166,8 @@ bool XN_AddonUpdate_ReadVersionsFile(const XN_Location& file, XN_List<XN_AddonUp
             return false;
         if (reader.ReadFullText(text, false, XN_String::Encoding_UTF8) != 0)
             text = XN_String(kNoUnits);
+        else if (text.IsNull() && onSkip != nullptr) // bytes that are no text in their encoding
+            onSkip(-1, XN_String(), XN_AddonUpdate_Skip_NotText, userData);
     }
     XN_List<XN_String> lines;
     text.SplitLines(lines, true, true);

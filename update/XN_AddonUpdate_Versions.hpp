@@ -70,13 +70,15 @@ enum XN_AddonUpdate_SkipReason {
     XN_AddonUpdate_Skip_VersionParts,     // version with fewer than four dot-separated parts
     XN_AddonUpdate_Skip_VersionNotNumber, // one of the first four version parts is not all digits
     XN_AddonUpdate_Skip_HostTag,          // third word not "(AC" digits ")"
-    XN_AddonUpdate_Skip_Date              // fourth word not dd/mm/yyyy or dd-mm-yyyy
+    XN_AddonUpdate_Skip_Date,             // fourth word not dd/mm/yyyy or dd-mm-yyyy
+    XN_AddonUpdate_Skip_NotText           // the whole file: not text in its encoding, read as empty
 };
 
 // A short English sentence for `reason`, for tools.
 const char* XN_AddonUpdate_SkipReasonText(XN_AddonUpdate_SkipReason reason);
 
-// Told about each skipped line: its index (0 for the first line), its text and the reason.
+// Told about each skipped line: its index (0 for the first line), its text and the reason; a file
+// that is not text is told once, as index -1 with the null string.
 typedef void (*XN_AddonUpdate_SkipCallback)(long index, const XN_String& line,
                                             XN_AddonUpdate_SkipReason reason, void* userData);
 
