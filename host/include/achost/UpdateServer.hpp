@@ -38,7 +38,8 @@ private:
 GS_HOST_EXPORT std::string BundledUpdateFolder();
 
 // Sets http_proxy of this process to `address`, so that the add-on's HTTP requests reach that
-// server whatever their host name; an empty address removes the variable.
+// server whatever their host name (no_proxy and NO_PROXY are removed); an empty address removes
+// http_proxy.
 GS_HOST_EXPORT void UseHttpProxy(const std::string& address);
 
 } // namespace achost

@@ -143,10 +143,14 @@ std::string BundledUpdateFolder() {
 }
 
 void UseHttpProxy(const std::string& address) {
-    if (address.empty())
+    if (address.empty()) {
         unsetenv("http_proxy");
-    else
-        setenv("http_proxy", address.c_str(), 1);
+        return;
+    }
+    setenv("http_proxy", address.c_str(), 1);
+    // A person's exceptions would send the add-on past the demo server to the real addresses.
+    unsetenv("no_proxy");
+    unsetenv("NO_PROXY");
 }
 
 } // namespace achost
