@@ -111,13 +111,13 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Environment(API_EnvironmentID code, 
 // The host indexes the parts of a library folder when the folder becomes active: every file whose name
 // ends in ".gsm" (in any letter case), in the folder and all its subfolders, is one part, named by
 // its file name without that ending. A part's type is named by the file's first line when that line
-// reads "! type: NAME", NAME being an API_LibTypeID name without its prefix ("Door", "Window",
-// "Object", "Lamp", ...; letter case ignored); any other first line makes the part an object
-// (APILib_ObjectID). Each part gets the next index (from 1) and keeps it for the host's life, also
-// when its folder is added again. Where two active parts share a name and a type, the one of the
-// lower index is found. Names the open project uses that no active library holds are missing
-// definitions: they have an index too, and a search for their name finds them, whatever the type
-// asked, as long as no active part has that name.
+// reads "! type: NAME", NAME being an API_LibTypeID name without its prefix and ID ("Door", "Window",
+// "Object", "Lamp", ..., and "Special" for APILib_SpecID; letter case ignored); any other first line
+// makes the part an object (APILib_ObjectID). Each part gets the next index (from 1) and keeps it
+// for the host's life, also when its folder is added again. Where two active parts share a name and
+// a type, the one of the lower index is found. Names the open project uses that no active library
+// holds are missing definitions: they have an index too, and a search for their name finds them,
+// whatever the type asked, as long as no active part has that name.
 
 // Finds the part whose name is ancestor->docu_UName (letter case ignored) and whose type is
 // ancestor->typeID (API_ZombieLibID: any type); every other member is ignored. On NoError the record is

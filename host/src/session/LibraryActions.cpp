@@ -89,7 +89,8 @@ void WriteLibraries(std::ostream& out, const Host& host) {
     }
     std::string missing;
     for (Int32 index = 1; const LibraryPart* part = manager.Get(index); ++index)
-        if (part->missing)
+        if (part->missing && manager.Find(reinterpret_cast<const GS::uchar_t*>(part->name.c_str()),
+                                          API_ZombieLibID) == part) // no active part took the name
             missing += " " + Quoted(GS::UniString(reinterpret_cast<const GS::uchar_t*>(part->name.c_str()),
                                                   static_cast<USize>(part->name.size()))
                                         .ToUTF8());
