@@ -248,6 +248,8 @@ int Fail(const std::string& message) {
 int Render(const std::vector<std::string>& arguments, const std::string& defaultAddon) {
     Options options;
     std::string error;
+    if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h"))
+        return std::cout << kUsage, 0;
     if (!ParseOptions(arguments, &options, &error))
         return Fail(error + "\n" + kUsage);
     if (options.addon.empty())

@@ -502,6 +502,8 @@ int Validate(const std::vector<std::string>& arguments) {
     Options options;
     bool seedGiven = false, list = false;
     std::string error;
+    if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h"))
+        return std::cout << kUsage, 0;
     if (!ParseArguments(arguments, &options, &seedGiven, &list, &error)) {
         std::cerr << "achost validate: " << error << "\n" << kUsage;
         return 2;
