@@ -150,6 +150,8 @@ void CompareWithServer() {
     // The user may have closed the dialog while the transfer ran on: it is shown again.
     if (DGIsDialogOpen(sIDUpdateDialog) == 0)
         CreateDialog();
+    if (sIDUpdateDialog == 0) // the host made no dialog: there is nothing to fill or show
+        return;
     XN_AddonUpdate_ResultUpdateInit(sIDUpdateDialog);
     DGShowModelessDialog(sIDUpdateDialog, DG_DF_FIRST);
 }
