@@ -4,7 +4,8 @@
 //
 // The text is read line by line and each resource written out as soon as it is checked, so memory
 // stays near the size of the largest resource. Each output appears whole or not at all: it is
-// written beside its final name and renamed over it.
+// written beside its final name and renamed over it once both are written, so a failure leaves
+// neither. An unexpected failure (an exception) is printed and ends the run with exit code 2.
 #include "achost/ResourceCompiler.hpp"
 
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 
@@ -28,8 +30,8 @@ std::string AssemblerString(const std::string& text) {
     return quoted + "\"";
 }
 
-// A file written under a temporary name beside `path` and renamed over it by Commit; removed when
-// it is given up.
+// A file written under a temporary name beside `path`, closed by Close and renamed over `path` by
+// Commit; the temporary file is removed when it is given up.
 class Output {
 public:
     explicit Output(std::string path) : path(std::move(path)), temporary(this->path + ".XXXXXX") {
@@ -38,6 +40,7 @@ public:
             Failed("cannot create it");
             return;
         }
+        created = true;
         const mode_t mask = umask(0);
         umask(mask);
         fchmod(fd, 0666 & ~mask); // as an ordinary new file, not mkstemp's private one
@@ -45,7 +48,7 @@ public:
     ~Output() {
         if (fd >= 0)
             close(fd);
-        if (!committed && fd != -2)
+        if (created && !committed)
             unlink(temporary.c_str());
     }
     bool Write(const std::string& bytes, off_t at = -1) {
@@ -61,17 +64,29 @@ public:
         }
         return ok();
     }
+    // Ends the writing: false when the temporary file does not hold everything written.
+    bool Close() {
+        if (fd >= 0) {
+            const int closed = close(fd);
+            fd = -1;
+            if (closed != 0)
+                Failed("cannot write it");
+        }
+        return created && error.empty();
+    }
     bool Commit() {
-        if (!ok())
+        if (!Close())
             return false;
-        const int closed = close(fd);
-        fd = -1;
-        if (closed != 0)
-            return Failed("cannot write it");
         if (rename(temporary.c_str(), path.c_str()) != 0)
             return Failed("cannot put it in place");
         committed = true;
         return true;
+    }
+    // Removes the file Commit put in place, when a later step of the same run failed.
+    void Withdraw() {
+        if (committed)
+            unlink(path.c_str());
+        committed = false;
     }
     bool ok() const { return fd >= 0 && error.empty(); }
     const std::string& Error() const { return error; }
@@ -80,13 +95,11 @@ private:
     bool Failed(const char* what) {
         if (error.empty())
             error = "achost-grc: " + path + ": " + what + ": " + std::strerror(errno);
-        if (fd < 0)
-            fd = -2; // nothing was created
         return false;
     }
     std::string path, temporary, error;
     int fd = -1;
-    bool committed = false;
+    bool created = false, committed = false;
 };
 
 // Opens the GRC file for reading; refuses anything but a regular file, without blocking on a FIFO.
@@ -114,9 +127,7 @@ bool OpenSource(const std::string& path, std::ifstream* in, std::string* error) 
     return true;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     std::string grc, images, output, assembly;
     for (int i = 1; i < argc; ++i) {
         const bool hasValue = i + 1 < argc;
@@ -158,18 +169,32 @@ int main(int argc, char** argv) {
         return 1;
     }
     const std::string header = achost::ImageHeader(count);
-    if (!image.Write(header.substr(achost::kImageCountOffset), achost::kImageCountOffset) ||
-        !image.Commit()) {
+    if (!image.Write(header.substr(achost::kImageCountOffset), achost::kImageCountOffset) || !image.Close()) {
         std::cerr << image.Error() << "\n";
         return 1;
     }
+    // Both outputs are written whole before either is put in place, so a failure leaves neither.
     Output embedding(assembly);
     embedding.Write(std::string("\t.section ") + achost::kResourceSectionName +
                     ",\"\",@progbits\n\t.incbin " + AssemblerString(output) +
                     "\n\t.section .note.GNU-stack,\"\",@progbits\n");
-    if (!embedding.Commit()) {
-        std::cerr << embedding.Error() << "\n";
+    if (!embedding.Close() || !image.Commit() || !embedding.Commit()) {
+        image.Withdraw();
+        std::cerr << (embedding.Error().empty() ? image.Error() : embedding.Error()) << "\n";
         return 1;
     }
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& e) {
+        std::cerr << "achost-grc: " << e.what() << "\n";
+    } catch (...) {
+        std::cerr << "achost-grc: an unexpected failure\n";
+    }
+    return 2;
 }

@@ -5,6 +5,8 @@
 
 #include <tuple>
 
+#include <sys/stat.h>
+
 namespace {
 
 using namespace std::string_literals;
@@ -131,31 +133,50 @@ TEST(ResourceCompilerTest, ReadsEveryResourceKindIntoAnImageThatReadsBackAndRefu
 
 class ResourceToolTest : public xn_test::TempFolderTest {
 protected:
-    int Run(const std::string& grc, std::string* output, const std::string& image = "") {
+    // Runs achost-grc on `grc`; an option in `options` overrides the one given before it.
+    int Run(const std::string& grc, std::string* output, const std::string& options = "") {
         return xn_test::RunProgram(std::string(ACHOST_GRC_TOOL) + " " + grc + " --images " FIXTURE_IMAGES +
-                                       " --output " + (image.empty() ? temp.PathOf("r.bin") : image) +
-                                       " --asm " + temp.PathOf("r.S") + " 2>&1",
+                                       " --output " + temp.PathOf("r.bin") + " --asm " + temp.PathOf("r.S") +
+                                       " " + options + " 2>&1",
                                    output);
     }
 };
 
-// A failure names the file at fault and leaves no output behind, not even a part of one.
+// A failure names the file at fault and leaves no output behind, not even a part of one; an icon
+// image that is not a regular file is refused without waiting on it or reading it.
 TEST_F(ResourceToolTest, FailsTheBuildWithFileAndLineOrWritesTheImageAndItsEmbedding) {
-    const std::string bad = temp.PathOf("bad.grc"), good = temp.PathOf("good.grc");
+    const std::string bad = temp.PathOf("bad.grc"), good = temp.PathOf("good.grc"),
+                      icon = temp.PathOf("icon.grc");
     xn_test::TempFolder::Write(bad, "'STR#' 1 \"d\" {\n  \"ok\"\n  \"broken\n}\n");
     xn_test::TempFolder::Write(good, "'STR#' 1 \"d\" { \"ok\" }\n");
+    xn_test::TempFolder::Write(icon, "'GICN' 1 \"d\" { \"icon\" 0 0 0 }\n");
+    for (const char* folder : {"fifo", "zero", "folder"})
+        std::filesystem::create_directory(temp.PathOf(folder));
+    ASSERT_EQ(0, mkfifo(temp.PathOf("fifo/icon.png").c_str(), 0600));
+    std::filesystem::create_symlink("/dev/zero", temp.PathOf("zero/icon.png"));
+    std::filesystem::create_directory(temp.PathOf("folder/icon.png"));
+    const std::set<std::string> before = xn_test::TempFolder::Names(temp.Path());
+    const std::string notRegular = " is not a regular file (a device, a FIFO or a socket)\n";
     const std::tuple<std::string, std::string, std::string> rows[] = {
         {bad, "", bad + ":3: unterminated string\n"},
         {temp.Path(), "", temp.Path() + ":0: is a folder, not a resource file\n"},
-        {good, temp.PathOf("none/r.bin"),
+        {good, "--output " + temp.PathOf("none/r.bin"),
          "achost-grc: " + temp.PathOf("none/r.bin") + ": cannot create it: No such file or directory\n"},
+        {good, "--asm " + temp.PathOf("none/r.S"),
+         "achost-grc: " + temp.PathOf("none/r.S") + ": cannot create it: No such file or directory\n"},
+        {icon, "--images " + temp.PathOf("fifo"),
+         icon + ":1: icon image 'icon.png' in " + temp.PathOf("fifo") + notRegular},
+        {icon, "--images " + temp.PathOf("zero"),
+         icon + ":1: icon image 'icon.png' in " + temp.PathOf("zero") + notRegular},
+        {icon, "--images " + temp.PathOf("folder"),
+         icon + ":1: icon image 'icon.png' in " + temp.PathOf("folder") + " is a folder, not an image\n"},
     };
-    for (const auto& [grc, image, message] : rows) {
-        SCOPED_TRACE(grc);
+    for (const auto& [grc, options, message] : rows) {
+        SCOPED_TRACE(grc + " " + options);
         std::string output;
-        EXPECT_EQ(1, Run(grc, &output, image));
+        EXPECT_EQ(1, Run(grc, &output, options));
         EXPECT_EQ(message, output);
-        EXPECT_EQ((std::set<std::string>{"bad.grc", "good.grc"}), xn_test::TempFolder::Names(temp.Path()));
+        EXPECT_EQ(before, xn_test::TempFolder::Names(temp.Path()));
     }
     // A good file: the image and its embedding.
     std::string output;

@@ -1,5 +1,11 @@
 #include "achost/ResourceCompiler.hpp"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -255,6 +261,49 @@ private:
     std::string message;
 };
 
+// The largest icon image read: far above any real icon, and a bound on what a wrong file can cost.
+constexpr size_t kImageMax = 16 * 1024 * 1024;
+
+// Reads an icon image whole. Only a regular file of at most kImageMax bytes is read, and it is opened
+// without blocking, so a FIFO, a device or a folder at the path is refused, never waited on. On false,
+// `why` completes "icon image 'NAME' in FOLDER ..." ("" when there is no such file).
+bool ReadImage(const std::string& path, std::string* data, std::string* why) {
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        *why = errno == ENOENT ? "" : std::string("cannot be read: ") + std::strerror(errno);
+        return false;
+    }
+    struct stat info;
+    if (fstat(fd, &info) != 0)
+        *why = std::string("cannot be read: ") + std::strerror(errno);
+    else if (S_ISDIR(info.st_mode))
+        *why = "is a folder, not an image";
+    else if (!S_ISREG(info.st_mode))
+        *why = "is not a regular file (a device, a FIFO or a socket)";
+    else if (static_cast<unsigned long long>(info.st_size) > kImageMax)
+        *why = "is larger than " + std::to_string(kImageMax) + " bytes";
+    data->clear();
+    if (why->empty())
+        data->reserve(static_cast<size_t>(info.st_size));
+    // Past the limit, a file that grew meanwhile is refused too.
+    char chunk[65536];
+    while (why->empty()) {
+        const ssize_t n = read(fd, chunk, sizeof chunk);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            *why = std::string("cannot be read: ") + std::strerror(errno);
+        else if (n == 0)
+            break;
+        else if (data->size() + static_cast<size_t>(n) > kImageMax)
+            *why = "is larger than " + std::to_string(kImageMax) + " bytes";
+        else
+            data->append(chunk, static_cast<size_t>(n));
+    }
+    close(fd);
+    return why->empty();
+}
+
 ResToken ToToken(const Lexeme& lexeme) {
     ResToken token;
     token.kind = lexeme.kind == Lexeme::Number   ? ResToken::Number
@@ -347,11 +396,12 @@ private:
             std::string base = std::to_string(res->id);
             if (!res->body.empty() && !res->body[0].empty() && res->body[0][0].kind == ResToken::String)
                 base = res->body[0][0].text;
-            const std::string path = images + "/" + base + ".png";
-            std::ifstream in(path, std::ios::binary);
-            if (!in)
-                return Fail(line, "icon image '" + base + ".png' not found in " + images, error);
-            res->data.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+            std::string why;
+            if (!ReadImage(images + "/" + base + ".png", &res->data, &why))
+                return Fail(line,
+                            "icon image '" + base + ".png' " +
+                                (why.empty() ? "not found in " + images : "in " + images + " " + why),
+                            error);
         }
         ResourceProblem problem;
         if (CheckResource(*res, &problem))
