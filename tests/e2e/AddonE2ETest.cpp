@@ -75,7 +75,11 @@ TEST_F(AchostProgramTest, EachBadInputGetsOneMessageAndAnExitCode) {
          "(yes 'expect registered 32501' | head -n 20000; echo quit; yes) | timeout 120 ACHOST --script "
          "/dev/stdin " MORAVEL_LIBRARY,
          0, ""},
-        {"missing add-on", "ACHOST " + noAddon, 2, "achost: cannot read " + noAddon + "\n"},
+        {"missing add-on", "ACHOST " + noAddon, 2, "achost: cannot read " + noAddon + ": no such file\n"},
+        {"FIFO as add-on (never waits for a writer)", "ACHOST " + fifo, 2,
+         "achost: " + fifo + " is not a regular file (a device, a FIFO or a socket)\n"},
+        {"folder as add-on", "ACHOST " + temp.Path(), 2,
+         "achost: " + temp.Path() + " is a folder, not a shared library\n"},
         {"not an add-on", "ACHOST " ACHOST_API_LIBRARY, 2,
          "achost: " ACHOST_API_LIBRARY " is not an add-on: it does not export CheckEnvironment, "
          "RegisterInterface, Initialize, FreeData\n"},

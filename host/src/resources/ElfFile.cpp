@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace achost {
@@ -40,12 +41,18 @@ void ElfFile::Unmap() {
 
 bool ElfFile::Open(const std::string& path, std::string* error) {
     Unmap();
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Without blocking: a FIFO at the path is refused, never waited on.
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat info;
-    if (fd < 0 || fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    const bool opened = fd >= 0 && fstat(fd, &info) == 0;
+    const int cause = errno;
+    if (!opened || !S_ISREG(info.st_mode)) {
         if (fd >= 0)
             close(fd);
-        *error = "cannot read " + path;
+        *error = !opened && cause == ENOENT ? "cannot read " + path + ": no such file"
+                 : !opened                  ? "cannot read " + path + ": " + std::strerror(cause)
+                 : S_ISDIR(info.st_mode)    ? path + " is a folder, not a shared library"
+                                            : path + " is not a regular file (a device, a FIFO or a socket)";
         return false;
     }
     void* mapped =
