@@ -72,9 +72,9 @@ bool XN_AddonSettings_Load(XN_AddonSettings_Type type, bool onlyIfNotLoaded) {
     if (XN_AddonSettings_GetLocation(type, file) != NoError)
         return false;
     const XN_SettingsFile_Status status = XN_SettingsFile_Read(file, store.records);
-    // The store will be written back with only the records before the fault, for every add-on of
-    // the suite: keep the file as it was first.
-    if (status == XN_SettingsFile_Malformed)
+    // The store will be written back with only the records read (those before the fault, or those
+    // within the size limit), for every add-on of the suite: keep the file as it was first.
+    if (status == XN_SettingsFile_Malformed || status == XN_SettingsFile_TooLarge)
         XN_SettingsFile_KeepCopy(file);
     if (status != XN_SettingsFile_OK)
         return false;

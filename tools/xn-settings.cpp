@@ -7,6 +7,8 @@
 
 #include <cerrno>
 #include <climits>
+#include <clocale>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <filesystem>
@@ -79,9 +81,12 @@ bool ReadRecords(const XN_Location& file, XN_List<XN_Setting>& records, bool mus
         static_cast<unsigned long long>(info.st_size) > XN_SETTINGS_IMAGE_MAX)
         Fail("the file is " + std::to_string(info.st_size) + " bytes: only its first " +
              std::to_string(XN_SETTINGS_IMAGE_MAX) + " are read, as by every add-on of the suite");
-    if (status == XN_SettingsFile_Malformed)
+    if (status == XN_SettingsFile_Malformed || status == XN_SettingsFile_TooLarge)
         Fail("an add-on that loads this file first keeps a copy of it as " +
-             ToUtf8(XN_SettingsFile_CopyName(file)) + ", then writes back only the records before the fault");
+             ToUtf8(XN_SettingsFile_CopyName(file)) + ", then writes back only the records " +
+             (status == XN_SettingsFile_Malformed
+                  ? std::string("before the fault")
+                  : "in its first " + std::to_string(XN_SETTINGS_IMAGE_MAX) + " bytes"));
     return status == XN_SettingsFile_OK && (report.exists || !mustExist);
 }
 
@@ -99,7 +104,8 @@ int Dump(const XN_Location& file, char**) {
     const XN_String copy = XN_SettingsFile_CopyName(file);
     struct stat info;
     if (stat(ToUtf8(copy).c_str(), &info) == 0)
-        Fail("note: " + ToUtf8(copy) + " holds a copy of this file from when it last did not parse");
+        Fail("note: " + ToUtf8(copy) +
+             " holds a copy of this file from when it last did not parse or was too large");
     for (long i = 0; i < records.GetCount(); ++i)
         std::cout << ToUtf8(records[i].key) << ": " << Escaped(records[i].value) << "\n";
     return ok ? 0 : 1;
@@ -264,12 +270,20 @@ int Run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, ""); // the store's 8-bit encoding follows the locale, as in the add-ons
+    int code = 2;
     try {
-        return Run(argc, argv);
+        code = Run(argc, argv);
     } catch (const std::exception& e) {
         std::cerr << "xn-settings: " << e.what() << "\n";
     } catch (...) {
         std::cerr << "xn-settings: an unexpected failure\n";
     }
-    return 2;
+    // Output that could not be written (a full disk) is a failure, not a quiet success.
+    std::cout.flush();
+    if (!std::cout || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::cerr << "xn-settings: cannot write the output: " << std::strerror(errno) << "\n";
+        return 2;
+    }
+    return code;
 }

@@ -287,15 +287,23 @@ TEST_F(AddonSettingsTest, WritesInPlaceWhenANewFileCouldNotTakeTheOldOnesPlace) 
     }
 }
 
-// Kept: a file with a malformed record is written back with only the records before it. A copy of
-// it as it was is kept first, replaced by the next such file.
-TEST_F(AddonSettingsTest, AMalformedFileIsKeptAsOneCopyBeforeItIsRewritten) {
+// Kept: a file with a malformed record is written back with only the records before it, one over the
+// size limit with only the records within it. A copy of it as it was is kept first, replaced by the
+// next such file.
+TEST_F(AddonSettingsTest, AMalformedOrTooLargeFileIsKeptAsOneCopyBeforeItIsRewritten) {
     const std::string copy = SharedPath() + ".unreadable";
-    WritePlain(SharedPath(), "$a: 1\n$b: 2\nbad\n");
-    EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
-    EXPECT_TRUE(XN_AddonSettings_LoadSetSave(kShared, "d", "4", true));
-    EXPECT_EQ("$a: 1\n$d: 4\n", ReadPlain(SharedPath()));
-    EXPECT_EQ("$a: 1\n$b: 2\nbad\n", ReadPlain(copy));
+    const std::tuple<const char*, std::string> cases[] = {
+        {"malformed", "$a: 1\n$b: 2\nbad\n"},
+        {"too large", "$a: 1\n$b: " + std::string(XN_SETTINGS_IMAGE_MAX, 'v') + "\n"},
+    };
+    for (const auto& [name, plain] : cases) {
+        SCOPED_TRACE(name);
+        WritePlain(SharedPath(), plain);
+        EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
+        EXPECT_TRUE(XN_AddonSettings_LoadSetSave(kShared, "d", "4", true));
+        EXPECT_EQ("$a: 1\n$d: 4\n", ReadPlain(SharedPath()));
+        EXPECT_EQ(plain, ReadPlain(copy));
+    }
     WritePlain(SharedPath(), "x");
     EXPECT_FALSE(XN_AddonSettings_Load(kShared, false));
     EXPECT_EQ("x", ReadPlain(copy));

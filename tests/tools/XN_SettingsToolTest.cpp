@@ -21,13 +21,14 @@ std::string Quoted(const std::string& argument) {
 
 class SettingsToolTest : public TempFolderTest {
 protected:
-    // Runs xn-settings with `arguments`; the word FILE stands for the test's file.
+    // Runs xn-settings with `arguments`; the word FILE stands for the test's file, and an argument
+    // starting with ">" redirects standard output elsewhere.
     Outcome Run(const std::vector<std::string>& arguments) {
-        std::string command = XN_SETTINGS_TOOL;
-        for (const std::string& argument : arguments)
-            command += " " + Quoted(argument == "FILE" ? File() : argument);
         const std::string out = temp.PathOf("out.txt"), err = temp.PathOf("err.txt");
-        const int status = std::system((command + " >" + out + " 2>" + err).c_str());
+        std::string command = std::string(XN_SETTINGS_TOOL) + " >" + out + " 2>" + err;
+        for (const std::string& argument : arguments)
+            command += " " + (argument[0] == '>' ? argument : Quoted(argument == "FILE" ? File() : argument));
+        const int status = std::system(command.c_str());
         Outcome outcome{WEXITSTATUS(status), TempFolder::Read(out), TempFolder::Read(err)};
         std::remove(out.c_str());
         std::remove(err.c_str());
@@ -56,7 +57,13 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
          1,
          "",
          "work: cannot read the file: not a regular file (a folder)\n"},
-        {"too large", big.c_str(), {"dump", "FILE"}, 1, "", "larger than 100000 bytes"},
+        {"too large",
+         big.c_str(),
+         {"dump", "FILE"},
+         1,
+         "",
+         "larger than 100000 bytes, which no add-on of the suite can read\nxn-settings: an add-on that loads "
+         "this file first keeps a copy of it as"},
         {"get", "$a: x\n#y\n", {"get", "FILE", "a"}, 0, "x\ny\n", ""},
         {"get absent key", "$a: 1\n", {"get", "FILE", "A"}, 1, "", "s.cfg: no key \"A\"\n"},
         {"set replaces", "$a: 1\n$b: 2\n", {"set", "FILE", "a", "x\ny"}, 0, "", "", "$a: x\n#y\n$b: 2\n"},
@@ -85,6 +92,12 @@ TEST_F(SettingsToolTest, AnswersEachCommand) {
          "",
          "No such file or directory"},
         {"empty name", nullptr, {"dump", ""}, 2, "", "xn-settings: the file name is empty\n"},
+        {"output cannot be written",
+         "$a: 1\n",
+         {"dump", "FILE", ">/dev/full"},
+         2,
+         "",
+         "xn-settings: cannot write the output: No space left on device\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
