@@ -83,10 +83,32 @@ void AddonCall::Threw(const char* what) {
     _exit(kAddonFaultStatus);
 }
 
+namespace {
+
+// The handler runs on a stack of its own, so that an add-on that overflows its stack is reported
+// too. A stack a sanitizer set up for its own handler is kept: the report fits on it as well.
+void UseAlternateStack() {
+    constexpr size_t kSize = 64 * 1024;
+    static char* memory = nullptr; // allocated once, kept for the life of the process
+    stack_t current;
+    if (memory != nullptr || sigaltstack(nullptr, &current) != 0 || (current.ss_flags & SS_DISABLE) == 0)
+        return;
+    memory = new char[kSize];
+    stack_t stack;
+    stack.ss_sp = memory;
+    stack.ss_size = kSize;
+    stack.ss_flags = 0;
+    sigaltstack(&stack, nullptr);
+}
+
+} // namespace
+
 void InstallCrashReport() {
+    UseAlternateStack();
     struct sigaction action;
     std::memset(&action, 0, sizeof action);
     action.sa_handler = OnCrash;
+    action.sa_flags = SA_ONSTACK;
     sigemptyset(&action.sa_mask);
     for (size_t k = 0; k < sizeof kSignals / sizeof kSignals[0]; ++k)
         sigaction(kSignals[k], &action, &sPrevious[k]);
