@@ -82,11 +82,11 @@ TEST_F(FaultMatrixTest, EachFailingHostCallEndsInItsNeutralResult) {
         cases[] = {
             // Loading: registration and initialisation pass the host's refusal back.
             {"menu registration refused", Fail(HostCall::RegisterMenu, APIERR_BADID), kAtStart, none,
-             reg + "0065", 0, kGerman},
+             reg + "0065 (APIERR_BADID, a resource, menu or item ID that does not exist)", 0, kGerman},
             {"built-in library refused", Fail(HostCall::RegisterBuiltInLibrary, APIERR_GENERAL), kAtStart,
-             none, reg + "0001", 0, kGerman},
+             none, reg + "0001 (APIERR_GENERAL, a general failure)", 0, kGerman},
             {"menu handler refused", Fail(HostCall::InstallMenuHandler, APIERR_REFUSEDCMD, 3), kAtStart, none,
-             init + "0388", 0, kGerman},
+             init + "0388 (APIERR_REFUSEDCMD, refused in this state)", 0, kGerman},
             // Loading: what cannot be read is taken as absent; the first command reads the settings again.
             // The shared store is read first, then the add-on's own.
             {"settings folder unknown at registration", Fail(HostCall::SpecialFolder, kAccessDenied, 2),

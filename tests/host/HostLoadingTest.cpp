@@ -34,11 +34,13 @@ TEST_F(HostTest, RefusesWhatCannotRun) {
         {"declines to register", FIXTURE_DECLINES,
          FIXTURE_DECLINES " did not register: CheckEnvironment answered 0"},
         {"Initialize fails", FIXTURE_FAILS_INITIALIZE,
-         "Initialize of " FIXTURE_FAILS_INITIALIZE " failed with error 0x81060001"},
+         "Initialize of " FIXTURE_FAILS_INITIALIZE
+         " failed with error 0x81060001 (APIERR_GENERAL, a general failure)"},
         {"text file", FIXTURE_GRC, FIXTURE_GRC " is not a shared library (no ELF header)"},
         {"no resources", stripped,
          "RegisterInterface of " + stripped +
-             " failed with error 0x81060065: the add-on carries no resources (its library has no "
+             " failed with error 0x81060065 (APIERR_BADID, a resource, menu or item ID that does not exist): "
+             "the add-on carries no resources (its library has no "
              ".achost.resources section), so none of its menus and texts exist"},
     };
     for (const auto& [name, path, expected] : cases) {

@@ -14,7 +14,8 @@ TEST_F(EntryPointTest, EachEntryPointPassesItsFailureBackAndStops) {
         {"CheckEnvironment for another kind of host", MORAVEL_LIBRARY, 1, nullptr,
          "did not register: CheckEnvironment answered 0"},
         {"RegisterInterface for a language without a menu", MORAVEL_LIBRARY, 0, "-1",
-         "RegisterInterface of " MORAVEL_LIBRARY " failed with error 0x81060065"},
+         "RegisterInterface of " MORAVEL_LIBRARY " failed with error 0x81060065 (APIERR_BADID, a resource, "
+         "menu or item ID that does not exist)"},
         {"Initialize without one language's menu", NO_GERMAN_MENU_ADDON, 0, nullptr,
          "Initialize of " NO_GERMAN_MENU_ADDON " failed with error 0x81060065"},
     };

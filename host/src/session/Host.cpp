@@ -22,6 +22,29 @@ std::string Hex(GSErrCode code) {
     return text;
 }
 
+// An entry point's error as a person can look it up: the code, and the interface's name and meaning
+// for the codes the host itself answers.
+std::string ErrorText(GSErrCode code) {
+    static const std::pair<GSErrCode, const char*> kNames[] = {
+        {APIERR_GENERAL, "APIERR_GENERAL, a general failure"},
+        {APIERR_MEMFULL, "APIERR_MEMFULL, out of memory"},
+        {APIERR_CANCEL, "APIERR_CANCEL, cancelled"},
+        {APIERR_BADID, "APIERR_BADID, a resource, menu or item ID that does not exist"},
+        {APIERR_BADINDEX, "APIERR_BADINDEX, an index out of range"},
+        {APIERR_BADNAME, "APIERR_BADNAME, a bad name"},
+        {APIERR_BADPARS, "APIERR_BADPARS, bad parameters"},
+        {APIERR_NOLIB, "APIERR_NOLIB, no such library"},
+        {APIERR_NOTINIT, "APIERR_NOTINIT, called before its time"},
+        {APIERR_NOTSUPPORTED, "APIERR_NOTSUPPORTED, not supported"},
+        {APIERR_REFUSEDCMD, "APIERR_REFUSEDCMD, refused in this state"},
+        {APIERR_REFUSEDPAR, "APIERR_REFUSEDPAR, a refused parameter"},
+    };
+    for (const auto& [known, name] : kNames)
+        if (code == known)
+            return Hex(code) + " (" + name + ")";
+    return Hex(code);
+}
+
 // Splits "Text^G^M^32601" into the text and the flags its control suffixes ask for.
 MenuItem ParseMenuItem(const std::string& source) {
     MenuItem item;
@@ -111,7 +134,7 @@ bool Host::Impl::Initialize(std::string* error) {
     const GSErrCode result = AddonCall::Run("Initialize", [&] { return entries.initialize(); });
     phase = Phase::Idle;
     if (result != NoError) {
-        *error = "Initialize of " + path + " failed with error " + Hex(result);
+        *error = "Initialize of " + path + " failed with error " + ErrorText(result);
         Unload();
         return false;
     }
@@ -210,7 +233,7 @@ bool Host::Start(const std::string& path, std::string* error) {
         AddonCall::Run("RegisterInterface", [&] { return s.entries.registerInterface(); });
     s.phase = Phase::Idle;
     if (registered != NoError) {
-        *error = "RegisterInterface of " + path + " failed with error " + Hex(registered);
+        *error = "RegisterInterface of " + path + " failed with error " + ErrorText(registered);
         if (!hasResources)
             *error += ": the add-on carries no resources (its library has no " +
                       std::string(kResourceSectionName) + " section), so none of its menus and texts exist";
