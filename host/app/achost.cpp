@@ -189,6 +189,11 @@ bool ParseArguments(int argc, char** argv, Arguments* args, std::string* error) 
             return false;
         }
     }
+    struct stat folder;
+    if (sharedFolder && stat(args->sharedFolder.c_str(), &folder) == 0 && !S_ISDIR(folder.st_mode)) {
+        *error = "--shared-folder " + achost::Shown(args->sharedFolder) + " is not a folder";
+        return false;
+    }
     if (args->listMenus && script) {
         *error = "--list-menus and --script exclude each other";
         return false;

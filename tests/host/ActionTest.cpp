@@ -70,6 +70,8 @@ TEST(ActionTest, ExplainsWhatItCannotRead) {
          "number out of range: N is 1 to 32767, not 99999999999999999999... (click N)"},
         {"identifier beyond 32 bits", "command 4294967296 1 \"SUIT\"", achost::ParseResult::Malformed,
          "number out of range: DEVID is 0 to 4294967295, not 4294967296 (command DEVID LOCALID \"CMD\")"},
+        {"a command of five characters", "command 1 1 \"ABCDE\"", achost::ParseResult::Malformed,
+         "a command is four characters, not \"ABCDE\""},
         {"control byte", std::string("menu\x01 3\x1b", 8), achost::ParseResult::Malformed,
          "control byte \\x01 at column 5 (a script is text)"},
         {"NUL byte", std::string("menu 3\0", 7), achost::ParseResult::Malformed,

@@ -271,8 +271,13 @@ ParseResult ParseAction(const std::string& line, Action* action, std::string* er
     size_t best = 0; // how many leading words the closest forms share with the line
     for (size_t f = 0; f < std::size(kForms); ++f) {
         const Form& form = kForms[f];
-        if (Matches(f, tokens, action, &range))
+        if (Matches(f, tokens, action, &range)) {
+            if (action->verb == Verb::Command && action->texts[0].size() != 4) {
+                *error = "a command is four characters, not \"" + Shown(action->texts[0], 40) + "\"";
+                return ParseResult::Malformed;
+            }
             return ParseResult::Parsed;
+        }
         const std::vector<std::string>& parts = PartsOf(f);
         size_t shared = 0;
         while (shared < parts.size() && shared < tokens.size() && parts[shared] == tokens[shared].text)

@@ -355,7 +355,7 @@ bool ParseDeclaredCommand(const std::string& text, DeclaredCommand* result) {
                                    &version, &used);
     const bool complete = (fields == 3 || fields == 4) && static_cast<size_t>(used) == text.size();
     if (!complete || developer > 0xFFFFFFFFull || local > 0xFFFFFFFFull || std::strlen(command) != 4 ||
-        version < 1 || text[0] == '-')
+        version < 1 || version > INT32_MAX || text[0] == '-')
         return false;
     result->module.developerID = static_cast<GSType>(developer);
     result->module.localID = static_cast<GSType>(local);
