@@ -341,8 +341,10 @@ bool ReplaceFile(const std::string& path, const std::string& bytes, std::string*
     if (exists && !S_ISREG(old.st_mode))
         return Failed(why, std::string("not a regular file (") + KindOf(old.st_mode) + ")");
     // No write bit at all: made read-only on purpose, which a rename would bypass, even for root.
-    if (exists && (faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0 || (old.st_mode & 0222) == 0))
+    if (exists && (old.st_mode & 0222) == 0)
         return Failed(why, "the file is read-only");
+    if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
+        return FailedErrno(why, "you may not write the file");
     const std::string folder = FolderOf(target);
     const std::string base = target.substr(target.rfind('/') + 1);
     std::string temporary;
@@ -448,9 +450,14 @@ XN_SettingsFile_Status XN_SettingsFile_Read(const XN_Location& file, XN_List<XN_
 
 bool XN_SettingsFile_Write(const XN_Location& file, const XN_List<XN_Setting>& records, std::string* why) {
     std::string image;
-    if (!XN_SettingsFile_BuildImage(records, image))
+    if (!XN_SettingsFile_BuildImage(records, image)) {
+        std::string key;
+        for (long i = 0; i < records.GetCount(); ++i)
+            if (EightBit(records[i].key, key), key.empty())
+                return Failed(why, "a key is empty, which no add-on of the suite can read");
         return Failed(why, "the settings would be larger than " + std::to_string(XN_SETTINGS_IMAGE_MAX) +
-                               " bytes, which no add-on of the suite can read, or hold an empty key");
+                               " bytes, which no add-on of the suite can read");
+    }
     XN_SettingsFile_ExchangeHalves(&image[0], image.size());
     return ReplaceFile(PosixPath(file), image, why);
 }
