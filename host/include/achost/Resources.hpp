@@ -80,6 +80,10 @@ struct ResourceProblem {
 // icons with PNG bytes in `data`. False, with the problem, for the first rule broken.
 GS_HOST_EXPORT bool CheckResource(const Resource& resource, ResourceProblem* problem);
 
+// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above
+// U+10FFFF.
+GS_HOST_EXPORT bool IsValidUtf8(const std::string& s);
+
 // How many UTF-16 units the UTF-8 text takes.
 GS_HOST_EXPORT size_t Utf16Length(const std::string& utf8);
 

@@ -22,34 +22,6 @@ struct Lexeme {
     int line = 0;
 };
 
-// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above
-// U+10FFFF.
-bool IsValidUtf8(const std::string& s) {
-    size_t i = 0;
-    while (i < s.size()) {
-        const auto c = static_cast<unsigned char>(s[i]);
-        const int extra = c < 0x80                 ? 0
-                          : c >= 0xC2 && c <= 0xDF ? 1
-                          : c >= 0xE0 && c <= 0xEF ? 2
-                          : c >= 0xF0 && c <= 0xF4 ? 3
-                                                   : -1;
-        if (extra < 0 || i + extra >= s.size())
-            return false;
-        if (extra > 0) {
-            const auto next = static_cast<unsigned char>(s[i + 1]);
-            const unsigned char low = c == 0xE0 ? 0xA0 : c == 0xF0 ? 0x90 : 0x80;
-            const unsigned char high = c == 0xED ? 0x9F : c == 0xF4 ? 0x8F : 0xBF;
-            if (next < low || next > high)
-                return false;
-            for (int k = 2; k <= extra; ++k)
-                if ((static_cast<unsigned char>(s[i + k]) >> 6) != 2)
-                    return false;
-        }
-        i += extra + 1;
-    }
-    return true;
-}
-
 bool IsWordChar(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
 }

@@ -4,6 +4,7 @@
 
 #include "ACAPinc.h"
 
+#include <cstdio>
 #include <set>
 
 namespace achost {
@@ -25,13 +26,22 @@ const std::set<std::string> kItemTypes = {
 
 const char kPngSignature[] = "\x89PNG\r\n\x1A\n";
 
+std::string ControlName(char c) {
+    char text[8];
+    std::snprintf(text, sizeof text, "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
+    return text;
+}
+
 class Checker {
 public:
     explicit Checker(const Resource& resource) : res(resource) {}
 
     bool Run(ResourceProblem* problem) {
         const std::string type = ResTypeName(res.type);
-        const bool ok = type == "STR#"   ? CheckStrings()
+        const bool ok = res.id < 1 || res.id > 32767
+                            ? Error(0, "a resource ID is 1 to 32767, not " + std::to_string(res.id))
+                        : !Texts()       ? false
+                        : type == "STR#" ? CheckStrings()
                         : type == "GICN" ? CheckIcon()
                         : type == "MDID" ? CheckModuleId()
                         : type == "GDLG" ? CheckDialog()
@@ -68,6 +78,23 @@ private:
         if (token.kind == ResToken::Number && token.number >= low && token.number <= high)
             return true;
         return Error(token.line, std::string("expected ") + what + ", found '" + token.text + "'");
+    }
+
+    // Every quoted text is well-formed UTF-8 without control characters other than tab, line feed and
+    // carriage return: menus, dialogs and terminals show them as they are.
+    bool Texts() {
+        for (const auto& tokens : {res.header, Flat()})
+            for (const auto& token : tokens) {
+                if (token.kind != ResToken::String)
+                    continue;
+                if (!IsValidUtf8(token.text))
+                    return Error(token.line, "string is not valid UTF-8");
+                for (const char c : token.text)
+                    if ((static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r') ||
+                        c == '\x7F')
+                        return Error(token.line, "string holds the control character " + ControlName(c));
+            }
+        return true;
     }
 
     bool CheckStrings() {
@@ -167,6 +194,32 @@ private:
 };
 
 } // namespace
+
+bool IsValidUtf8(const std::string& s) {
+    size_t i = 0;
+    while (i < s.size()) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        const int extra = c < 0x80                 ? 0
+                          : c >= 0xC2 && c <= 0xDF ? 1
+                          : c >= 0xE0 && c <= 0xEF ? 2
+                          : c >= 0xF0 && c <= 0xF4 ? 3
+                                                   : -1;
+        if (extra < 0 || i + extra >= s.size())
+            return false;
+        if (extra > 0) {
+            const auto next = static_cast<unsigned char>(s[i + 1]);
+            const unsigned char low = c == 0xE0 ? 0xA0 : c == 0xF0 ? 0x90 : 0x80;
+            const unsigned char high = c == 0xED ? 0x9F : c == 0xF4 ? 0x8F : 0xBF;
+            if (next < low || next > high)
+                return false;
+            for (int k = 2; k <= extra; ++k)
+                if ((static_cast<unsigned char>(s[i + k]) >> 6) != 2)
+                    return false;
+        }
+        i += extra + 1;
+    }
+    return true;
+}
 
 size_t Utf16Length(const std::string& utf8) {
     size_t units = 0;
