@@ -45,6 +45,7 @@ TEST(ResourceCompilerTest, RejectsMalformedInputWithFileAndLine) {
         {"'STR#' 1 \"d\" { \"\xED\xA0\x80\" }", "t.grc:1: string is not valid UTF-8"},     // a surrogate
         {"'STR#' 1 \"d\" { \"\xE0\x80\xAF\" }", "t.grc:1: string is not valid UTF-8"},     // overlong
         {"'STR#' 1 \"d\" { \"\xF4\x90\x80\x80\" }", "t.grc:1: string is not valid UTF-8"}, // > U+10FFFF
+        {"'STR#' 1 \"d\" { \"a\x1B[2Jb\" }", "t.grc:1: string holds the control character \\x1B"},
         {"'STR#' 1 \"d\" {\n\"" + std::string(254, 'a') + "\xF0\x9F\x98\x80\" }",
          "t.grc:2: string of 256 characters: at most 255 fit a resource string"},
         {"#define A 1\n#define A 1\n", "t.grc:2: A is defined already, at line 1"},
