@@ -153,6 +153,21 @@ bool StoreLanguage(const std::string& folder, const std::string& addonName, int 
     return false;
 }
 
+// The suite's add-ons hold one menu per language, 'STR#' kLanguageMenus + the language's number, and
+// register the one of the language they settled on, which is the default when the add-on does not
+// offer the language its settings name.
+constexpr short kLanguageMenus = 32500;
+
+// The language the started add-on runs in, or -1 when its menus do not tell.
+int SettledLanguage(const Host& host) {
+    for (short language = 0; language < kLanguageCount; ++language)
+        if (host.Resources().Find(ResType("STR#"), kLanguageMenus + language) == nullptr)
+            return -1;
+    const Menu* registered = host.RegisteredMenu();
+    const int language = registered != nullptr ? registered->resID - kLanguageMenus : -1;
+    return language >= 0 && language < kLanguageCount ? language : -1;
+}
+
 // Hands out another front end's actions and keeps dialog `resID` as it stands when it is first
 // shown, or, with `atEnd`, when the other front end has no more actions; then ends the session.
 class PictureTaker : public FrontEnd {
@@ -282,6 +297,10 @@ int Render(const std::vector<std::string>& arguments, const std::string& default
         host.Quit();
         if (!StoreLanguage(shared.path, name, options.language, &error) || !host.Start(options.addon, &error))
             return Fail(error);
+        const int settled = SettledLanguage(host);
+        if (settled >= 0 && settled != options.language)
+            std::cerr << "achost render: the add-on does not offer " << kLanguages[options.language]
+                      << "; drawn in " << kLanguages[settled] << "\n";
     }
 
     int code = 2;

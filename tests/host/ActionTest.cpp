@@ -20,6 +20,7 @@ TEST(ActionTest, ReadsNumbersStringsAndChoices) {
         {"expect alert \"Large\" \"Small\"", Verb::ExpectAlert, {}, {"Large", "Small"}},
         {"answer save \"/tmp/a b.txt\"", Verb::AnswerSave, {}, {"/tmp/a b.txt"}},
         {"answer folder cancel", Verb::AnswerFolder, {}, {"cancel"}},
+        {"picture about.png", Verb::Picture, {}, {"about.png"}},
         {"expect list 3 selected 0", Verb::ExpectListSelected, {3, 0}, {}},
         {"expect dialog 32755 hidden", Verb::ExpectDialogState, {32755}, {"hidden"}},
         {"command 4294967295 0 \"SUIT\"", Verb::Command, {4294967295, 0}, {"SUIT"}},

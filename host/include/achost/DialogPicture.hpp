@@ -1,6 +1,7 @@
 // Pictures of dialogs as a person would see them: drawn with cairo, texts laid out with pango. The
-// host picks its fonts itself (DejaVu Sans, with MotoyaLCedar for Japanese) and sees no other font
-// of the machine, so a picture and its measurements are the same wherever they are made.
+// host picks its fonts itself (DejaVu Sans, with MotoyaLCedar for Japanese; a bold or italic face they
+// lack is emboldened or slanted from the regular one) and sees no other font of the machine, so a
+// picture and its measurements are the same wherever they are made.
 // Host-side only.
 #pragma once
 

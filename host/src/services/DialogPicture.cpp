@@ -89,9 +89,37 @@ const char kFontList[] = "DejaVu Sans, MotoyaLCedar";
 // The package that installs each family on Debian, named when one is missing.
 const char* const kFontPackages[] = {"fonts-dejavu-core", "fonts-motoya-l-cedar"};
 
-// The host's fonts: a fontconfig setup of its own that holds only the files of kFontFamilies, and a
-// pango font map over it. Made at the first picture; released when the process ends, fontconfig's
-// own caches included, so that a leak check sees nothing left behind.
+// Faces the host lacks are made from the ones it has, as a desktop's fontconfig setup makes them:
+// bold asked of a face lighter than bold (MotoyaLCedar has one weight) is emboldened, italic or
+// oblique asked of an upright face is slanted. Cairo draws both and pango measures what cairo draws,
+// so the picture and the cut-off measurement see the same glyphs.
+const char kSyntheticFaces[] = R"(<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig>
+  <match target="font">
+    <test name="weight" compare="less_eq"><const>medium</const></test>
+    <test target="pattern" name="weight" compare="more_eq"><const>bold</const></test>
+    <edit name="embolden" mode="assign"><bool>true</bool></edit>
+    <edit name="weight" mode="assign"><const>bold</const></edit>
+  </match>
+  <match target="font">
+    <test name="slant"><const>roman</const></test>
+    <test target="pattern" name="slant" compare="not_eq"><const>roman</const></test>
+    <edit name="matrix" mode="assign">
+      <times>
+        <name>matrix</name>
+        <matrix><double>1</double><double>0.2</double><double>0</double><double>1</double></matrix>
+      </times>
+    </edit>
+    <edit name="slant" mode="assign"><const>oblique</const></edit>
+    <edit name="embeddedbitmap" mode="assign"><bool>false</bool></edit>
+  </match>
+</fontconfig>
+)";
+
+// The host's fonts: a fontconfig setup of its own that holds only the files of kFontFamilies and the
+// rules of kSyntheticFaces, and a pango font map over it. Made at the first picture; released when the
+// process ends, fontconfig's own caches included, so that a leak check sees nothing left behind.
 struct Fonts {
     FcConfig* config = nullptr;
     PangoFontMap* map = nullptr;
@@ -144,6 +172,9 @@ const Fonts& TheFonts() {
     }
     sFonts.config = FcConfigCreate();
     std::atexit(ReleaseFonts);
+    if (!FcConfigParseAndLoadFromMemory(sFonts.config, reinterpret_cast<const FcChar8*>(kSyntheticFaces),
+                                        FcTrue))
+        sFonts.problem = "fontconfig cannot read the host's rules for bold and slanted faces";
     for (size_t f = 0; f < std::size(kFontFamilies) && sFonts.problem.empty(); ++f)
         if (AddFamily(sFonts.config, kFontFamilies[f]) == 0)
             sFonts.problem = std::string("the font \"") + kFontFamilies[f].name +

@@ -9,7 +9,8 @@ namespace {
 
 // The forms of every verb, with what each does and an example for `help`. In a form, an upper-case
 // word stands for a number (its range is in kPlaceholders), a word in quotes for a quoted string,
-// `a|b` for one of the words given, `"X"|w` for a string or the word w. One row per form.
+// `a|b` for one of the words given, `"X"|w` for a string or the word w, `"X"|X` for a string or any
+// one word without quotes. One row per form.
 struct Form {
     Verb verb;
     const char* pattern;
@@ -71,8 +72,9 @@ const Form kForms[] = {
     {Verb::ExpectLibraries, "expect libraries \"DIR\"...",
      "the active library folders are these, in this order (none: no folder is active)",
      "expect libraries \"/tmp/Parts\" \"/tmp/More Parts\""},
-    {Verb::Picture, "picture \"FILE\"", "write the front dialog's picture to FILE, as PNG",
-     "picture \"about.png\""},
+    {Verb::Picture, "picture \"FILE\"|FILE",
+     "write the front dialog's picture to FILE, as PNG (quotes only for a FILE with blanks)",
+     "picture about.png"},
 };
 
 // What each number of a form may be; a number outside its range is a malformed line, so that a
@@ -170,14 +172,13 @@ const std::vector<std::string>& PartsOf(size_t form) {
 }
 
 // True when `word` is one of the `|`-separated choices of `part`; a choice in quotes stands for
-// any string token.
+// any string token, an upper-case choice for any token that is not a string.
 bool MatchesChoice(const std::string& part, const Token& token) {
     for (size_t start = 0;;) {
         const size_t end = std::min(part.find('|', start), part.size());
-        const bool isString = part[start] == '"';
-        if (isString ? token.kind == Token::String
-                     : token.kind != Token::String &&
-                           token.text.compare(0, std::string::npos, part, start, end - start) == 0)
+        const std::string choice = part.substr(start, end - start);
+        if (choice[0] == '"' ? token.kind == Token::String
+                             : token.kind != Token::String && (IsPlaceholder(choice) || token.text == choice))
             return true;
         if (end == part.size())
             return false;
