@@ -139,6 +139,8 @@ public:
     int EngineChanges() const;
     // Everything the add-on asked the desktop to open in this run, in order.
     const std::vector<std::string>& Opened() const;
+    // Whether the desktop failed to open Opened()[index] (a launching session only).
+    bool OpenFailed(size_t index) const;
     // The file dialog waiting for the user, or null.
     const FileRequest* OpenFileDialog() const;
 

@@ -69,5 +69,8 @@ GSErrCode Desktop::OpenWithDefaultApplication(const GS::UniString& target) {
         return ErrParam;
     const std::string text = target.ToUTF8();
     s->opened.push_back(text);
-    return s->options.launch ? achost::Launch(text) : NoError;
+    const GSErrCode launched = s->options.launch ? achost::Launch(text) : NoError;
+    if (launched != NoError)
+        s->openFailures.push_back(s->opened.size() - 1);
+    return launched;
 }

@@ -2,6 +2,8 @@
 // engines, what was opened on the desktop) and how the user answers a file dialog.
 #include "HostImpl.hpp"
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace achost {
@@ -111,6 +113,11 @@ int Host::EngineChanges() const {
 }
 const std::vector<std::string>& Host::Opened() const {
     return impl->opened;
+}
+
+bool Host::OpenFailed(size_t index) const {
+    const auto& failures = impl->openFailures;
+    return std::find(failures.begin(), failures.end(), index) != failures.end();
 }
 const FileRequest* Host::OpenFileDialog() const {
     return impl->fileRequest ? &*impl->fileRequest : nullptr;

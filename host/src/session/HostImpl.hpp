@@ -138,6 +138,7 @@ struct Host::Impl {
     int currentEngine = 1;
     int engineChanges = 0;
     std::vector<std::string> opened;
+    std::vector<size_t> openFailures; // indices into `opened` whose launch failed
     std::shared_ptr<LibraryState> library = std::make_shared<LibraryState>();
 
     // Sessions (host/src/Session.cpp) -----------------------------------------------------------

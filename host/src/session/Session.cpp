@@ -398,7 +398,8 @@ bool TerminalFrontEnd::NextAction(const Host& host, Action* action) {
     if (openedShown > host.Opened().size()) // a new host run
         openedShown = 0;
     for (; openedShown < host.Opened().size(); ++openedShown)
-        out << "opened " << Quoted(host.Opened()[openedShown]) << "\n";
+        out << (host.OpenFailed(openedShown) ? "could not open " : "opened ")
+            << Quoted(host.Opened()[openedShown]) << "\n";
     if (host.OpenFileDialog() != nullptr && host.OpenAlert() == nullptr)
         return AnswerFileDialog(host, *host.OpenFileDialog(), action);
     std::string shown = Screen(host);
