@@ -67,6 +67,7 @@ TEST_F(UpdateTest, TheResultDialogTellsWhetherTheServerHasANewerRelease) {
         EXPECT_EQ(kVersionsAddress, one.Paths().at(0));
         EXPECT_EQ(reply.status == 302 ? 2u : 1u, one.Paths().size());
         EXPECT_FALSE(std::filesystem::exists(temp.PathOf("Shared/__updxn__.tmp")));
+        EXPECT_EQ("", Settings("get", "AutoUpdate")) << "an automatic check ran after the manual one";
     }
 }
 
@@ -119,9 +120,9 @@ TEST_F(UpdateTest, ATransferThatFailsEndsInTheUnreachableAlert) {
     }
 }
 
-// A modal dialog opened while the transfer runs keeps the run loop turning: the transfer completes
-// under it and its result dialog is there when the modal one closes. Cancel closes the result dialog;
-// the next check makes a dialog of its own, hidden until it ends.
+// A modal dialog or an alert opened while the transfer runs keeps the run loop turning: the transfer
+// completes under it and its result dialog is there when the modal one closes. Cancel closes the
+// result dialog; the next check makes a dialog of its own, hidden until it ends.
 TEST_F(UpdateTest, EveryCheckMakesItsOwnDialogAndCompletesUnderAModalOne) {
     Serve({200, kOwnLine + "\n", "", 0, 20});
     EXPECT_EQ("", Run({"menu 4", "menu 3", "expect dialog 32734", "wait download",
@@ -129,7 +130,10 @@ TEST_F(UpdateTest, EveryCheckMakesItsOwnDialogAndCompletesUnderAModalOne) {
                        "expect item 4 \"MoravelLibrary is up to date.\"", "click 2",
                        "expect dialog 32755 closed", "menu 4", "expect dialog 32755 hidden", "wait download",
                        "close", "expect dialog 32755 closed"}));
-    EXPECT_EQ(2u, Requests());
+    EXPECT_EQ("", Run({"menu 4", "menu 6", "click 16", "answer save \"report\"", "wait download",
+                       "expect dialog 32755 shown", "ok", "answer save cancel", "click 1",
+                       "expect item 4 \"MoravelLibrary is up to date.\""}));
+    EXPECT_EQ(3u, Requests());
 }
 
 // The automatic check after the first command: 14 days after the last start at the earliest.
