@@ -140,6 +140,12 @@ TEST_F(LibraryTest, LibrariesListTheEmbeddedLibraryFirst) {
               Run(*host, kLibraries, ""));
     achost::FailHostCall(HostCall::GetLibraries, APIERR_GENERAL);
     EXPECT_EQ("false", Run(*host, kLibraries, ""));
+    // Reported between the folders, it still comes first, the folders in their order after it.
+    options.builtInLibraryAt = 1;
+    host.reset();
+    EXPECT_EQ("true " + fs::canonical(temp.PathOf("Addon/library_probe.so")).string() + " | " +
+                  temp.PathOf("Parts") + " | " + temp.PathOf("Extra"),
+              Run(*Start("Parts,Extra"), kLibraries, ""));
 }
 
 TEST_F(LibraryTest, PartsAreFoundByNameFileAndIndexMissingDefinitionsNever) {

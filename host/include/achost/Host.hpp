@@ -8,6 +8,7 @@
 #include "achost/Dialogs.hpp"
 #include "achost/Resources.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,6 +51,9 @@ struct HostOptions {
     std::vector<std::string> libraries;
     // The missing definitions of the open project (AddMissingDefinition each); none by default.
     std::vector<std::string> missing;
+    // Where 'GLIB' reports the add-on's built-in library among the active folders (0: first); past
+    // the last folder, the default, it comes last.
+    size_t builtInLibraryAt = SIZE_MAX;
 };
 
 struct MenuItem {

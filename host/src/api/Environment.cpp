@@ -8,6 +8,7 @@
 #include "Location.hpp"
 #include "exp.h"
 
+#include <algorithm>
 #include <cstring>
 
 using achost::Host;
@@ -39,16 +40,20 @@ GSErrCode GetLibraries(const Host::Impl& s, GS::Array<API_LibraryInfo>* librarie
     if (const GSErrCode fault = achost_internal::InjectedCallFault(achost::HostCall::GetLibraries))
         return fault;
     libraries->Clear();
-    for (const achost::ActiveLibrary& library : s.library->manager.Folders()) {
-        const std::string name = library.folder.substr(library.folder.rfind('/') + 1);
-        libraries->Push(
-            API_LibraryInfo{IO::Location(library.folder.c_str()), GS::UniString(name.c_str(), CC_UTF8)});
-    }
+    const auto& folders = s.library->manager.Folders();
+    const size_t builtInAt = std::min(s.options.builtInLibraryAt, folders.size());
     if (embedded != nullptr)
-        *embedded = s.builtInLibrary ? static_cast<Int32>(libraries->GetSize()) : -1;
-    if (s.builtInLibrary)
-        libraries->Push(
-            API_LibraryInfo{IO::Location(s.ownPath.c_str()), GS::UniString(s.name.c_str(), CC_UTF8)});
+        *embedded = s.builtInLibrary ? static_cast<Int32>(builtInAt) : -1;
+    for (size_t i = 0; i <= folders.size(); ++i) {
+        if (i == builtInAt && s.builtInLibrary)
+            libraries->Push(
+                API_LibraryInfo{IO::Location(s.ownPath.c_str()), GS::UniString(s.name.c_str(), CC_UTF8)});
+        if (i == folders.size())
+            break;
+        const std::string& folder = folders[i].folder;
+        const std::string name = folder.substr(folder.rfind('/') + 1);
+        libraries->Push(API_LibraryInfo{IO::Location(folder.c_str()), GS::UniString(name.c_str(), CC_UTF8)});
+    }
     return NoError;
 }
 
