@@ -29,9 +29,9 @@ namespace fs = std::filesystem;
 const char kUsage[] =
     "usage: achost render RESID [--lang N] [--script FILE] [--check-fit] -o FILE.png [ADDON]\n";
 
-// The suite's languages by number, as their settings store them.
-const char* const kLanguages[] = {"ita", "int", "fra", "ger", "spa", "jap", "rus"};
-constexpr int kLanguageCount = 7;
+using validate::kLanguageCount;
+using validate::kLanguages;
+using validate::StoreLanguage;
 
 struct Options {
     short resID = 0;
@@ -130,28 +130,6 @@ public:
     PrivateFolder& operator=(const PrivateFolder&) = delete;
     std::string path; // empty when it could not be made
 };
-
-// Stores the language as "Language_str" in the add-on's own settings file, which the suite names
-// after the add-on and the host's release: "<name>_190.cfg" under release 19.
-bool StoreLanguage(const std::string& folder, const std::string& addonName, int language,
-                   std::string* error) {
-    API_ServerApplicationInfo release;
-    ACAPI_GetReleaseNumber(&release);
-    const std::string path = folder + "/" + addonName + "_" + std::to_string(release.mainVersion) + "0.cfg";
-    std::string image;
-    if (std::ifstream in{path, std::ios::binary})
-        image = validate::ExchangeHalves(std::string(std::istreambuf_iterator<char>(in), {}));
-    std::string kept;
-    for (const validate::SettingsRecord& record : validate::Records(image))
-        kept += record.key == "Language_str" ? "" : record.bytes;
-    kept += std::string("$Language_str: ") + kLanguages[language] + "\n";
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << validate::ExchangeHalves(kept);
-    if (out.flush())
-        return true;
-    *error = "cannot store the language in " + path + ": " + std::strerror(errno);
-    return false;
-}
 
 // The suite's add-ons hold one menu per language, 'STR#' kLanguageMenus + the language's number, and
 // register the one of the language they settled on, which is the default when the add-on does not

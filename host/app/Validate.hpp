@@ -78,6 +78,15 @@ struct SettingsRecord {
 std::string ExchangeHalves(std::string bytes);
 std::vector<SettingsRecord> Records(const std::string& image);
 
+// The suite's languages by number, as their settings store them.
+constexpr int kLanguageCount = 7;
+extern const char* const kLanguages[kLanguageCount];
+// Stores language `language` (0 to kLanguageCount - 1) as "Language_str" in the add-on's own
+// settings file in `folder`, which the suite names after the add-on and the host's release
+// ("<name>_190.cfg" under release 19), keeping its other records. The add-on reads it when it
+// starts. False, with why, when the file cannot be written.
+bool StoreLanguage(const std::string& folder, const std::string& addonName, int language, std::string* error);
+
 // Every check, in the order they run.
 const std::vector<Check>& Catalogue();
 

@@ -54,7 +54,8 @@ std::vector<std::string> DialogActions(const Dialog& dialog) {
 
 void Walker::Problem(const std::string& what) {
     if (inspect && problems.insert(what).second)
-        report.Fail(what + (running.empty() ? "" : " (after " + running.front() + ")"));
+        report.Fail(what + (where.empty() ? "" : " " + where) +
+                    (running.empty() ? "" : " (after " + running.front() + ")"));
 }
 
 void Walker::Inspect(const Host& host) {

@@ -30,6 +30,8 @@ public:
     long budget = 1000000;
     // Reports "_ERR_" texts and empty dialog items (dialogs are counted either way).
     bool inspect = true;
+    // Named after every problem reported, e.g. "in fra" when the add-on runs in that language.
+    std::string where;
 
     // The outermost action that opened each dialog (by 'GDLG' resource ID), first seen first.
     std::map<short, std::string> openers;
