@@ -2,6 +2,7 @@
 // No exception leaves an entry point: each answers its failure value instead.
 #include "ACAPinc.h"
 #include "XN_AddonUpdate.hpp"
+#include "XN_Comm.hpp"
 #include "XN_Language.hpp"
 #include "XN_Menu.hpp"
 #include "sett_Addon.hpp"
@@ -11,6 +12,10 @@
 #define XN_ENTRY_POINT extern "C" __attribute__((visibility("default")))
 
 namespace {
+
+// The suite's inter-add-on facility is part of every add-on, this one included, though this one's
+// commands never call it: the reference keeps its global in the library.
+[[maybe_unused]] __attribute__((used)) XN_Comm* const sComm = &gXN_Comm;
 
 template <typename Body>
 GSErrCode Guarded(Body body) {
