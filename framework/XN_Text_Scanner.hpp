@@ -31,8 +31,9 @@ public:
 
     // Index of the first occurrence of `needle` (converted from `enc`) at or after `from`, or -1.
     // A 0 unit in the text never matches. With `move`, the position goes behind the match, by the
-    // needle's length in BYTES (not in converted units; clamped to the text's end), or to the end
-    // when there is no match. A null or empty needle, or `from` at or past the end: -1, no move.
+    // needle's length in BYTES (not in converted units, so it may pass the text's end, where every
+    // read finds nothing), or to the end when there is no match. A null or empty needle, or `from` at or past
+    // the end: -1, no move.
     long FindText(const char* needle, unsigned long from, bool move,
                   XN_String::Encoding enc = XN_String::Encoding_SystemDefault);
 

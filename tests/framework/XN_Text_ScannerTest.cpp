@@ -100,7 +100,8 @@ TEST(XN_Text_Scanner, FindTextMovesByTheNeedlesByteLength) {
     EXPECT_EQ(scanner.FindText("*/", 0, true), -1);
     EXPECT_EQ(scanner.GetPosition(), 5u) << "no match moves to the end";
     EXPECT_EQ(scanner.FindText("é", 4, true, XN_String::Encoding_UTF8), 4);
-    EXPECT_EQ(scanner.GetPosition(), 5u) << "clamped to the end";
+    EXPECT_EQ(scanner.GetPosition(), 6u) << "past the end by the needle's extra byte";
+    EXPECT_EQ(Show(scanner.ReadToken(3, true)), "<null>");
     // A null text reads as nothing.
     XN_Text_Scanner empty;
     empty.Set(XN_String());
