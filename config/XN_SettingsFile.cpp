@@ -88,7 +88,7 @@ int ParseRecord(const char* bytes, unsigned long size, unsigned long& pos, XN_Se
         if (scan >= size)
             return 0;
         const unsigned long next = scan + LineBreakAt(bytes + scan);
-        const bool endsRecord = next == size || bytes[next] == kRecordStart;
+        const bool endsRecord = next == size || bytes[next] == kRecordStart || bytes[next] == 0;
         if (afterContinuation && scan == segment && !endsRecord) {
             // The byte right after "#" joins the segment unexamined, so a value holding an empty line
             // reads back with one "#" in it. Kept: every add-on of the suite reads it so. A line break

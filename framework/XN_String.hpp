@@ -282,7 +282,8 @@ public:
     static bool IsUTF8(const char* text, unsigned int n, bool requireMultiByte);
     // Decodes a whole file's bytes into `dst` and returns the encoding decided on: the byte-order
     // mark's, else `fallback` without `detect`, else a guess. Encoding_Unknown means the bytes were
-    // read as Encoding_SystemDefault for want of a better guess.
+    // read as Encoding_SystemDefault for want of a better guess. Bytes that are no text in the
+    // encoding decided on leave `dst` as it was.
     static Encoding TextToString(XN_String& dst, const char* bytes, unsigned int n, bool detect,
                                  Encoding fallback);
 

@@ -127,13 +127,13 @@ Encoding Guess(const char* bytes, unsigned int n) {
     return GuessFromZeroBytes(bytes, n);
 }
 
-// `n` bytes into `dst`; no bytes at all give the empty string, unreadable bytes the null string.
+// `n` bytes into `dst`; no bytes at all give the empty string, unreadable bytes leave `dst` as it was.
 void Decode(XN_String& dst, const char* bytes, unsigned int n, Encoding enc) {
     static const char kNothing[4] = {0, 0, 0, 0};
     if (n == 0 || bytes == nullptr)
         XN_String::CStringToXN_String(dst, bytes != nullptr ? kNothing : nullptr, 0, enc, false);
-    else if (!XN_String::CStringToXN_String(dst, bytes, n, enc, false))
-        dst.SetToNullString();
+    else
+        XN_String::CStringToXN_String(dst, bytes, n, enc, false);
 }
 
 Encoding Convertible(Encoding enc) {

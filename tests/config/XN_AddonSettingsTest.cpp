@@ -124,6 +124,7 @@ TEST_F(AddonSettingsTest, LoadKeepsWhatTheReaderRulesKeepUpToTheSizeLimit) {
         {"empty key", "$: 1\n", false, {}},
         {"key without colon", "$a: 1\n$b\n", false, {{"a", "1"}}},
         {"other byte after a line break", "$a: 1\n$b: 2\nc", false, {{"a", "1"}}},
+        {"a zero byte after a line break ends the record", "$a: 1\n\0$b: 2\n"s, false, {{"a", "1"}}},
     };
     for (const auto& [name, plain, loads, records] : cases) {
         SCOPED_TRACE(name);
