@@ -284,8 +284,8 @@ private:
                 el_set(editor, EL_REFRESH);
             char byte = 0;
             const ssize_t n = ::read(STDIN_FILENO, &byte, 1);
-            if (n < 0 &&
-                (errno == EINTR || errno == EAGAIN)) // the run loop keeps standard input non-blocking
+            // The run loop keeps standard input non-blocking: no key yet is a wait in the idle call.
+            if (n < 0 && (errno == EINTR || errno == EAGAIN))
                 continue;
             if (n <= 0)
                 return n == 0 ? 0 : -1;

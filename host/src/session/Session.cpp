@@ -378,10 +378,16 @@ bool TerminalFrontEnd::AnswerFileDialog(const Host& host, const FileRequest& req
     WriteFileDialog(out, request);
     std::string path;
     const std::string prompt = "path (an empty line cancels)> ";
-    const bool read = reader
-                          ? (out.flush(), reader(
-                                              prompt, [&] { return WaitForKey(host, out, nullptr); }, &path))
-                          : (out << prompt << std::flush, static_cast<bool>(std::getline(in, path)));
+    bool read = false;
+    if (reader) {
+        out.flush();
+        read = reader(
+            prompt, [&] { return WaitForKey(host, out, nullptr); }, &path);
+    } else {
+        out << prompt << std::flush;
+        WaitForInput(host, &in == &std::cin && std::cin.rdbuf()->in_avail() == 0, out, "", nullptr);
+        read = static_cast<bool>(std::getline(in, path));
+    }
     if (!read) {
         out << "\n";
         return false;
