@@ -146,15 +146,17 @@ GS_HOST_EXPORT GSErrCode __ACENV_CALL ACAPI_Command_Test(const API_ModulID* mdid
 // ones. The string calls below never write more than the room they ask for, whatever an add-on's
 // resource image holds: a longer string is cut there.
 constexpr Int32 API_ResStringMaxLength = 255;
-constexpr Int32 API_ResStringBufferLen = 3 * API_ResStringMaxLength + 1;
+// The room of the 8-bit forms, in bytes with the terminator: the 256 of the char fields add-ons fill
+// with them straight away (API_EnvirParams' addOnInfo.name and .description).
+constexpr Int32 API_ResStringBufferLen = 256;
 
 // Copies string `index` (1-based) of 'STR#' resID of resModule into str as NUL-terminated UTF-16;
 // str must have room for API_ResStringMaxLength + 1 units. False, and str untouched, when the list
 // or the string does not exist.
 GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocUStr(GS::uchar_t* str, short resID, short index,
                                                            GSResModule resModule = ACAPI_GetOwnResModule());
-// The same as 8-bit UTF-8 text; str must have room for API_ResStringBufferLen bytes (a string of
-// API_ResStringMaxLength characters at up to three bytes each, and the terminator).
+// The same as 8-bit UTF-8 text; str must have room for API_ResStringBufferLen bytes. A longer text
+// is cut at a character boundary.
 GS_HOST_EXPORT bool __ACENV_CALL ACAPI_Resource_GetLocStr(char* str, short resID, short index,
                                                           GSResModule resModule = ACAPI_GetOwnResModule());
 // The fixed (not localised) form; this host keeps one resource file, so it reads the same list.
