@@ -6,6 +6,7 @@
 // stays near the size of the largest resource. Each output appears whole or not at all: it is
 // written beside its final name and renamed over it once both are written, so a failure leaves
 // neither. An unexpected failure (an exception) is printed and ends the run with exit code 2.
+#include "achost/RegularFile.hpp"
 #include "achost/ResourceCompiler.hpp"
 
 #include <fcntl.h>
@@ -104,21 +105,20 @@ private:
 
 // Opens the GRC file for reading; refuses anything but a regular file, without blocking on a FIFO.
 bool OpenSource(const std::string& path, std::ifstream* in, std::string* error) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat info;
-    if (fd < 0 || fstat(fd, &info) != 0) {
-        *error = path + ":0: cannot read the file: " + std::strerror(errno);
-        if (fd >= 0)
-            close(fd);
+    achost::FileRefusal refusal;
+    std::string reason;
+    const int fd = achost::OpenRegularFile(path, &info, &refusal, &reason);
+    if (fd < 0) {
+        *error =
+            path + ":0: " +
+            (refusal == achost::FileRefusal::Folder    ? std::string("is a folder, not a resource file")
+             : refusal == achost::FileRefusal::Special ? std::string("is not a regular file (a device, a "
+                                                                     "FIFO or a socket)")
+                                                       : "cannot read the file: " + reason);
         return false;
     }
     close(fd);
-    if (!S_ISREG(info.st_mode)) {
-        *error = path + ":0: " +
-                 (S_ISDIR(info.st_mode) ? "is a folder, not a resource file"
-                                        : "is not a regular file (a device, a FIFO or a socket)");
-        return false;
-    }
     in->open(path, std::ios::binary);
     if (!*in) {
         *error = path + ":0: cannot read the file: " + std::strerror(errno);

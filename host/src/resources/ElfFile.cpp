@@ -1,4 +1,5 @@
 #include "achost/ElfFile.hpp"
+#include "achost/RegularFile.hpp"
 
 #include <elf.h>
 #include <fcntl.h>
@@ -41,18 +42,16 @@ void ElfFile::Unmap() {
 
 bool ElfFile::Open(const std::string& path, std::string* error) {
     Unmap();
-    // Without blocking: a FIFO at the path is refused, never waited on.
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat info;
-    const bool opened = fd >= 0 && fstat(fd, &info) == 0;
-    const int cause = errno;
-    if (!opened || !S_ISREG(info.st_mode)) {
-        if (fd >= 0)
-            close(fd);
-        *error = !opened && cause == ENOENT ? "cannot read " + path + ": no such file"
-                 : !opened                  ? "cannot read " + path + ": " + std::strerror(cause)
-                 : S_ISDIR(info.st_mode)    ? path + " is a folder, not a shared library"
-                                            : path + " is not a regular file (a device, a FIFO or a socket)";
+    FileRefusal refusal;
+    std::string reason;
+    const int fd = OpenRegularFile(path, &info, &refusal, &reason);
+    if (fd < 0) {
+        *error = refusal == FileRefusal::Missing  ? "cannot read " + path + ": no such file"
+                 : refusal == FileRefusal::Folder ? path + " is a folder, not a shared library"
+                 : refusal == FileRefusal::Special
+                     ? path + " is not a regular file (a device, a FIFO or a socket)"
+                     : "cannot read " + path + ": " + reason;
         return false;
     }
     void* mapped =

@@ -1,6 +1,6 @@
 #include "achost/ResourceCompiler.hpp"
+#include "achost/RegularFile.hpp"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -240,19 +240,19 @@ constexpr size_t kImageMax = 16 * 1024 * 1024;
 // without blocking, so a FIFO, a device or a folder at the path is refused, never waited on. On false,
 // `why` completes "icon image 'NAME' in FOLDER ..." ("" when there is no such file).
 bool ReadImage(const std::string& path, std::string* data, std::string* why) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat info;
+    FileRefusal refusal;
+    std::string reason;
+    const int fd = OpenRegularFile(path, &info, &refusal, &reason);
     if (fd < 0) {
-        *why = errno == ENOENT ? "" : std::string("cannot be read: ") + std::strerror(errno);
+        *why = refusal == FileRefusal::Missing   ? ""
+               : refusal == FileRefusal::Folder  ? "is a folder, not an image"
+               : refusal == FileRefusal::Special ? "is not a regular file (a device, a FIFO or a socket)"
+                                                 : "cannot be read: " + reason;
         return false;
     }
-    struct stat info;
-    if (fstat(fd, &info) != 0)
-        *why = std::string("cannot be read: ") + std::strerror(errno);
-    else if (S_ISDIR(info.st_mode))
-        *why = "is a folder, not an image";
-    else if (!S_ISREG(info.st_mode))
-        *why = "is not a regular file (a device, a FIFO or a socket)";
-    else if (static_cast<unsigned long long>(info.st_size) > kImageMax)
+    why->clear();
+    if (static_cast<unsigned long long>(info.st_size) > kImageMax)
         *why = "is larger than " + std::to_string(kImageMax) + " bytes";
     data->clear();
     if (why->empty())
